@@ -1,0 +1,249 @@
+/*
+ * orvanta.h - the public interface of OrvantaDLL.dll
+ *
+ * OrvantaDLL is the rendering and kinematics library that a 3D design application loads into
+ * its own process. The host owns the geometry and its OpenGL viewer; the library owns how the
+ * geometry looks (materials, lights, environment) and how it moves (links, transmissions).
+ *
+ * Sections
+ *   1. Conventions and scalar types
+ *   2. Record layouts: Env, Lgt, Mat (with its texture slots), Lnk, Trn
+ *   3. Appearance: accessors and viewer definitions
+ *
+ * Every record is a fixed-size block packed on 4-byte boundaries; hosts store the blocks byte
+ * for byte in their documents, so the layouts below are a storage format. A record handle is
+ * the address of the record, which is also the address of its 64-byte name.
+ *
+ * Valid C99 and C++. No platform header is needed to read or include this file.
+ */
+#ifndef ORVANTA_H
+#define ORVANTA_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---------------------------------------------------------------------------------------- */
+/* 1. Conventions and scalar types                                                           */
+/* ---------------------------------------------------------------------------------------- */
+
+/* Exports use the platform's ordinary 64-bit calling convention and undecorated names. */
+#if defined(ORVANTA_BUILDING) && !defined(_WIN32) && defined(__GNUC__)
+#define ORVANTA_API __attribute__((visibility("default")))
+#else
+#define ORVANTA_API
+#endif
+
+/** Three doubles: a point, a direction, angles in degrees (about X, Y, Z), scale factors, or a
+ *  colour (x red, y green, z blue, each 0..1). Packed like the records that hold it, so a
+ *  pointer to a record's vector field is a valid pointer to an OrvVec3. */
+#pragma pack(push, 4)
+typedef struct OrvVec3 {
+    double x, y, z;
+} OrvVec3;
+#pragma pack(pop)
+
+/** A Win32 colour: red in the low byte, then green, then blue (0x00BBGGRR). */
+typedef uint32_t OrvColorRef;
+
+/* ---------------------------------------------------------------------------------------- */
+/* 2. Record layouts                                                                         */
+/* ---------------------------------------------------------------------------------------- */
+
+#pragma pack(push, 4)
+
+/** Scene environment: ambient light, background, standard lights and fog. 324 bytes. */
+typedef struct Env {
+    char name[64];            /**<   0 record name, zero-terminated, default "Szene" */
+    OrvVec3 reservedA;        /**<  64 kept in blocks, read by nothing; default 0, 0, 0 */
+    OrvVec3 reservedB;        /**<  88 kept in blocks, read by nothing; default 1, 1, 1 */
+    uint32_t standardLights;  /**< 112 bit 0 use standard lights; bits 1-6 front, back, left,
+                                        right, top, bottom; bit 7 camera. Default 129 */
+    double brightness;        /**< 116 overall light intensity 0..2, default 0.8 */
+    OrvVec3 ambient;          /**< 124 ambient colour, default 0.18 grey */
+    OrvVec3 background;       /**< 148 background (clear) colour, default white */
+    OrvVec3 fogColor;         /**< 172 fog colour, default black */
+    double fogDensity;        /**< 196 fog is on exactly when this is greater than 0 */
+    double fogNear;           /**< 204 fog start distance, default 0 */
+    double fogFar;            /**< 212 fog end distance, default 10 */
+    int32_t fogType;          /**< 220 0 linear, 1 exponential, 2 exponential squared */
+    uint8_t reserved1[32];    /**< 224 zero */
+    void* tool;               /**< 256 the open editor, or null; never taken from a block */
+    uint8_t reserved2[60];    /**< 264 zero */
+} Env;
+
+/** Light source. 248 bytes. */
+typedef struct Lgt {
+    char name[64];            /**<   0 record name, default "Lichtquelle" */
+    OrvVec3 color;            /**<  64 light colour, default white */
+    OrvVec3 position;         /**<  88 position in scene coordinates, default 1, 1, 1 */
+    OrvVec3 target;           /**< 112 the point the light aims at, default origin */
+    int32_t type;             /**< 136 0 parallel, 1 spot, 2 point */
+    double gloss;             /**< 140 share of the colour in the specular term 0..1, default 0.5 */
+    double angle;             /**< 148 spot cut-off angle in degrees 0..90, default 30 */
+    double sharpness;         /**< 156 spot exponent 0..128, default 0 */
+    double falloff;           /**< 164 attenuation 0..1, default 0 */
+    uint32_t shadow;          /**< 172 the light casts shadows when raytraced, default 1 */
+    void* tool;               /**< 176 the open editor, or null */
+    uint8_t reserved[64];     /**< 184 zero */
+} Lgt;
+
+/** One of a material's four texture slots (surface, reflection, transparency, structure).
+ *  1,496 bytes. Its image is square, a power of two on the edge, RGBA, bottom row first. */
+typedef struct OrvTextureSlot {
+    uint32_t projection;      /**<    0 0 plane, 1 box, 2 cylinder, 3 sphere; default 1 */
+    uint32_t source;          /**<    4 0 none, 1 image file, 2 text */
+    char imagePath[256];      /**<    8 path of the bitmap file */
+    char text[1024];          /**<  264 text of a text texture, lines separated by line breaks */
+    OrvColorRef textColor;    /**< 1288 text colour, default black */
+    OrvColorRef textBackground; /**< 1292 text background colour, default white */
+    uint8_t textFont[60];     /**< 1296 the font, a Win32 LOGFONTA */
+    uint32_t textSize;        /**< 1356 edge of the text image in pixels, default 256 */
+    uint32_t textAlignH;      /**< 1360 0 left, 1 centre, 2 right */
+    uint32_t textAlignV;      /**< 1364 0 top, 4 middle, 8 bottom */
+    uint32_t mode;            /**< 1368 0 mix (modulate), 1 cover (decal) */
+    uint32_t filter;          /**< 1372 0 linear, 1 nearest */
+    uint32_t grey;            /**< 1376 grey values; default 0 in slot 0, 1 in slots 1 to 3 */
+    uint32_t inverted;        /**< 1380 inverted colours */
+    uint32_t tileX;           /**< 1384 repeat in u, default 1 */
+    uint32_t tileY;           /**< 1388 repeat in v, default 1 */
+    uint32_t mirrorX;         /**< 1392 mirror left to right */
+    uint32_t mirrorY;         /**< 1396 mirror top to bottom */
+    uint32_t padded;          /**< 1400 last answer to the not-square question: 1 pad, 0 cut */
+    double intensity;         /**< 1404 factor on the texel colours 0..1, default 1 */
+    double size;              /**< 1412 half the edge of one tile in scene units, default 1 */
+    uint32_t pixelBytes;      /**< 1420 bytes in the pixel buffer, 4 x side x side */
+    uint32_t side;            /**< 1424 edge of the square image in pixels */
+    uint8_t* pixels;          /**< 1428 owned RGBA pixels, or null */
+    uint8_t reserved[60];     /**< 1436 zero */
+} OrvTextureSlot;
+
+/** Material. 6,300 bytes; its blocks carry the texture images behind the record. */
+typedef struct Mat {
+    char name[64];            /**<    0 record name, default "Material" */
+    OrvVec3 ambient;          /**<   64 ambient colour, default white */
+    OrvVec3 diffuse;          /**<   88 diffuse colour, default 0.8 grey */
+    OrvVec3 specular;         /**<  112 specular colour, default 0.6 grey */
+    OrvVec3 emission;         /**<  136 emitted colour, default black */
+    double shininess;         /**<  160 specular exponent 0..100, default 10 */
+    double opacity;           /**<  168 1 opaque, 0 fully transparent */
+    double reflection;        /**<  176 reflection share 0..1, default 0 */
+    double refraction;        /**<  184 index of refraction 1..2.5, default 1 */
+    uint32_t castShadow;      /**<  192 the body casts shadows, default 1 */
+    uint32_t receiveShadow;   /**<  196 the body receives shadows, default 1 */
+    OrvTextureSlot slots[4];  /**<  200 surface, reflection, transparency, structure */
+    OrvVec3 texturePosition;  /**< 6184 texture placement offset */
+    OrvVec3 textureRotation;  /**< 6208 texture placement rotation about x, y, z, degrees */
+    void* tool;               /**< 6232 the open editor, or null */
+    uint8_t reserved[60];     /**< 6240 zero */
+} Mat;
+
+/** One motion phase of a drive. 36 bytes. */
+typedef struct OrvPhase {
+    double W;                 /**<  0 path: the distance or angle that the phase adds */
+    double T;                 /**<  8 duration, in the host's time unit */
+    int32_t F;                /**< 16 motion function: 0 linear, 1 sinus, 2 cosinus,
+                                      3 beschleunigt, 4 verzoegert */
+    int32_t H;                /**< 20 kept and saved, not used by the evaluation */
+    uint8_t reserved[12];     /**< 24 zero */
+} OrvPhase;
+
+/** The drive of one axis of a link. 9,308 bytes. */
+typedef struct OrvDrive {
+    OrvPhase phases[256];     /**<    0 the motion phases, in running order */
+    int32_t count;            /**< 9216 phases in use, 0..256 */
+    int32_t on;               /**< 9220 drive switched on, default 1 */
+    int32_t inverse;          /**< 9224 motion with its sign reversed */
+    int32_t cyclic;           /**< 9228 starts again after the last phase, default 1 */
+    int32_t stretch;          /**< 9232 time stretched with the damping */
+    double damping;           /**< 9236 damping constant per unit of time */
+    uint8_t reserved[64];     /**< 9244 zero */
+} OrvDrive;
+
+/** Link: a joint that moves a target body relative to a source body along a linear and a
+ *  rotational axis. 19,080 bytes; its blocks carry the path arrays. */
+typedef struct Lnk {
+    char name[64];            /**<     0 link name */
+    int32_t lin;              /**<    64 linear axis in use, default 1 */
+    int32_t rot;              /**<    68 rotational axis in use, default 1 */
+    int32_t coupled;          /**<    72 axes coupled by ratio */
+    int32_t follow;           /**<    76 follower link: its values follow from a closed loop */
+    int32_t collCheck;        /**<    80 collision check wanted */
+    double linMin;            /**<    84 lower limit of the linear value, default 0 */
+    double linMax;            /**<    92 upper limit of the linear value, default 1 */
+    double linCur;            /**<   100 current linear value */
+    double linOffset;         /**<   108 linear drive offset, added to linCur */
+    double rotMin;            /**<   116 lower angle limit in degrees, default -180 */
+    double rotMax;            /**<   124 upper angle limit in degrees, default 180 */
+    double rotCur;            /**<   132 current angle in degrees */
+    double rotOffset;         /**<   140 rotational drive offset in degrees, added to rotCur */
+    double ratio;             /**<   148 angle change per unit of linear change */
+    double linStep;           /**<   156 step of the linear value, default 1 */
+    double rotStep;           /**<   164 step of the angle, default 1 */
+    int32_t pathCount;        /**<   172 number of path points; 0: the straight axis */
+    OrvVec3 axisA;            /**<   176 axis point A, default 0, 1, 0 */
+    OrvVec3 axisB;            /**<   200 axis point B, default origin */
+    OrvVec3* pathPoints;      /**<   224 owned path points, or null */
+    double* pathBulges;       /**<   232 owned signed arc heights, one per path point, or null */
+    double pathFrame[16];     /**<   240 path frame matrix, applied when a path is in use */
+    OrvDrive linDrive;        /**<   368 drive of the linear axis */
+    OrvDrive rotDrive;        /**<  9676 drive of the rotational axis */
+    uint64_t sourceBody;      /**< 18984 the body the link starts from */
+    uint64_t targetBody;      /**< 18992 the body the link moves */
+    uint64_t linkObject;      /**< 19000 the host object that carries the link */
+    void* tool;               /**< 19008 the open link editor, or null */
+    uint8_t reserved[64];     /**< 19016 zero */
+} Lnk;
+
+/** Transmission: couples two links by ratios. 200 bytes. */
+typedef struct Trn {
+    char name[64];            /**<   0 record name */
+    int32_t active;           /**<  64 coupling in force, default 1 */
+    int32_t invert;           /**<  68 direction reversed */
+    double rotRot;            /**<  72 ratio rotational source to rotational target, default 1 */
+    double rotLin;            /**<  80 ratio rotational source to linear target, default 1 */
+    double linLin;            /**<  88 ratio linear source to linear target, default 1 */
+    double linRot;            /**<  96 ratio linear source to rotational target, default 1 */
+    uint64_t source;          /**< 104 the driving link (host's reference) */
+    uint64_t target;          /**< 112 the driven link */
+    uint64_t object;          /**< 120 the host object that represents the transmission */
+    void* tool;               /**< 128 the open editor, or null */
+    uint8_t reserved[64];     /**< 136 zero */
+} Trn;
+
+#pragma pack(pop)
+
+/* ---------------------------------------------------------------------------------------- */
+/* 3. Appearance: accessors and viewer definitions                                           */
+/*    Call the Viewer functions with your own OpenGL context current, before you draw.       */
+/* ---------------------------------------------------------------------------------------- */
+
+/** The material's opacity (1 opaque, 0 fully transparent). */
+ORVANTA_API double MatAlpha(const Mat* mat);
+
+/** The surface slot's source: nonzero (1 image, 2 text) when the material shows a texture. */
+ORVANTA_API int32_t IsMatTexture(const Mat* mat);
+
+/** Sets colours, shininess, blending and the surface texture of the current context for mat;
+ *  without a mat, a plain material of the host colour. alpha is capped by the opacity. */
+ORVANTA_API void ViewerDefineMat(const Mat* mat, OrvColorRef colour, double alpha,
+                                 int32_t withTexture);
+
+/** Sets the clear colour (when setClearColour is nonzero) and fog; without an env, the
+ *  built-in environment with the host colour as background. */
+ORVANTA_API void ViewerDefineEnv(const Env* env, OrvColorRef colour, int32_t setClearColour);
+
+/** Sets the light model and OpenGL lights 0 upward from the scene lights (a null-terminated
+ *  array) or the environment's standard lights; disables lights beyond the new count.
+ *  *lightsOn: in, the number of lights on before; out, the number on now. eye and view
+ *  (target, then up vector) may be null. */
+ORVANTA_API void ViewerDefineLgts(const Env* env, OrvColorRef colour, Lgt* const* lights,
+                                  int32_t* lightsOn, const double eye[3], const double view[6]);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* ORVANTA_H */
