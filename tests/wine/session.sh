@@ -27,6 +27,7 @@ start)
   fi
   export DISPLAY=":$(cat "$session/display")"
   [ -f "$WINEPREFIX/system.reg" ] || echo "creating the Wine prefix $WINEPREFIX"
+  mkdir -p "$WINEPREFIX"
   "$wineserver" -p </dev/null >/dev/null 2>&1
   # Start the prefix's services now, with their output detached: started by a test program,
   # they would inherit its output and hold CTest's pipe open after the program ends.
