@@ -9,6 +9,8 @@
  *   1. Conventions and scalar types
  *   2. Record layouts: Env, Lgt, Mat (with its texture slots), Lnk, Trn
  *   3. Appearance: accessors and viewer definitions
+ *   4. Records: creation, disposal, blocks, names and the family-specific setters
+ *   5. Kinematics: the host's object-tree callbacks and the joint tree
  *
  * Every record is a fixed-size block packed on 4-byte boundaries; hosts store the blocks byte
  * for byte in their documents, so the layouts below are a storage format. A record handle is
@@ -241,6 +243,126 @@ ORVANTA_API void ViewerDefineEnv(const Env* env, OrvColorRef colour, int32_t set
  *  (target, then up vector) may be null. */
 ORVANTA_API void ViewerDefineLgts(const Env* env, OrvColorRef colour, Lgt* const* lights,
                                   int32_t* lightsOn, const double eye[3], const double view[6]);
+
+/* ---------------------------------------------------------------------------------------- */
+/* 4. Records: creation, disposal, blocks, names and the family-specific setters             */
+/*    A handle is the record's address. Blocks: Get with a null buffer reports the size,     */
+/*    then Get with a buffer of that size writes the block; Put reads it back.               */
+/* ---------------------------------------------------------------------------------------- */
+
+/** New environment with the built-in values and the stored default "DefaultEnvironment";
+ *  name is copied over the default name "Szene" (at most 64 characters; null keeps it). */
+ORVANTA_API Env* CreateEnv(const char* name);
+/** New light, defaults from "DefaultLight" (never its position or aim); default name
+ *  "Lichtquelle". */
+ORVANTA_API Lgt* CreateLgt(const char* name);
+/** New material, defaults from "DefaultMaterial" (never its texture slots); default name
+ *  "Material". */
+ORVANTA_API Mat* CreateMat(const char* name);
+/** New link with the built-in values (no stored default, no default name). */
+ORVANTA_API Lnk* CreateLnk(const char* name);
+/** New transmission: active, all four ratios 1 (no stored default, no default name). */
+ORVANTA_API Trn* CreateTrn(const char* name);
+
+/** Closes the record's open editor, frees what the record owns and the record. Returns 1. */
+ORVANTA_API int32_t DisposeEnv(Env* env);
+ORVANTA_API int32_t DisposeLgt(Lgt* lgt);
+/** Also waits for the material editor's thread, serving the caller's messages meanwhile. */
+ORVANTA_API int32_t DisposeMat(Mat* mat);
+ORVANTA_API int32_t DisposeLnk(Lnk* lnk);
+ORVANTA_API int32_t DisposeTrn(Trn* trn);
+
+/** Stores the block size in *size; with a non-null buffer also writes the block. Returns 1.
+ *  Env, Lgt and Trn blocks are the record; a Mat block appends each texture slot's image; a
+ *  Lnk block carries its path points and arc heights over the record's bytes from offset 8. */
+ORVANTA_API int32_t GetEnv(Env* env, void* buffer, uint32_t* size);
+ORVANTA_API int32_t GetLgt(Lgt* lgt, void* buffer, uint32_t* size);
+ORVANTA_API int32_t GetMat(Mat* mat, void* buffer, uint32_t* size);
+ORVANTA_API int32_t GetLnk(Lnk* lnk, void* buffer, uint32_t* size);
+ORVANTA_API int32_t GetTrn(Trn* trn, void* buffer, uint32_t* size);
+
+/** Frees what the record owns, copies the block in, rebuilds the owned parts and clears the
+ *  editor pointer. Returns 1. */
+ORVANTA_API int32_t PutEnv(Env* env, const void* block);
+ORVANTA_API int32_t PutLgt(Lgt* lgt, const void* block);
+ORVANTA_API int32_t PutMat(Mat* mat, const void* block);
+ORVANTA_API int32_t PutLnk(Lnk* lnk, const void* block);
+ORVANTA_API int32_t PutTrn(Trn* trn, const void* block);
+
+/** Background colour from a Win32 colour. Returns 1. */
+ORVANTA_API int32_t SetEnv(Env* env, OrvColorRef colour);
+/** Position, aim point, type, colour times intensity and spot cut-off angle. Returns 1. */
+ORVANTA_API int32_t SetLgt(Lgt* lgt, const double position[3], const double aim[3], int32_t type,
+                           OrvColorRef colour, double intensity, double spotAngle);
+/** Geometry of a link. count >= 1: a holds count points, b count arc heights, c the 128-byte
+ *  path frame; the first two points become the axis points and linMax the path length.
+ *  count < 1: a and b are the two axis points and linMax their distance. Returns 1. */
+ORVANTA_API int32_t SetLnk(Lnk* lnk, const void* a, const void* b, const void* c, int32_t count,
+                           uint64_t baseBody, uint64_t targetBody, uint64_t linkObject);
+/** Sets the current angle (when rot) and the current linear value (when lin) to 0. Returns 0. */
+ORVANTA_API int32_t ResetLnk(Lnk* lnk);
+/** Stores the driving link, the driven link and the host object. Returns 1. */
+ORVANTA_API int32_t SetTrn(Trn* trn, uint64_t source, uint64_t target, uint64_t object);
+
+/** Copies any record's name with its terminator into out (64 bytes suffice). Returns 1. */
+ORVANTA_API int32_t GetHandleName(const void* handle, char* out);
+/** Copies name with its terminator over any record's start, unbounded. Returns 1. */
+ORVANTA_API int32_t SetHandleName(void* handle, const char* name);
+/** 1 when two materials (records, or blocks when the flag is nonzero) are equal: names up to
+ *  their terminators, every field, and the image data of every textured slot. */
+ORVANTA_API int32_t MatEqual(const void* a, int32_t aIsBlock, const void* b, int32_t bIsBlock);
+/** Expert mode: material editors opened from now on show one page per texture slot. */
+ORVANTA_API int32_t SetExpertMode(int32_t on);
+
+/** The transmission's driven link and its host object. */
+ORVANTA_API uint64_t TrnTarget(const Trn* trn);
+ORVANTA_API uint64_t ObjOfTrn(const Trn* trn);
+
+/* ---------------------------------------------------------------------------------------- */
+/* 5. Kinematics: the host's object-tree callbacks and the joint tree                        */
+/*    All kinematic calls must come from one thread.                                        */
+/* ---------------------------------------------------------------------------------------- */
+
+typedef uint64_t (*OrvFirstChildFn)(uint64_t object);  /**< 0 = scene root; 0 when none */
+typedef uint64_t (*OrvNextSiblingFn)(uint64_t object);
+typedef uint64_t (*OrvParentFn)(uint64_t object);       /**< 0 at the top */
+typedef uint64_t (*OrvFirstLinkFn)(uint64_t object);    /**< first link item of a body */
+typedef uint64_t (*OrvNextLinkFn)(uint64_t linkItem);
+typedef Lnk* (*OrvLinkRecordFn)(uint64_t linkItem);
+typedef uint64_t (*OrvFirstTrnFn)(uint64_t linkObject);
+typedef uint64_t (*OrvNextTrnFn)(uint64_t trnItem);
+typedef Trn* (*OrvTrnRecordFn)(uint64_t trnItem);
+typedef void (*OrvGetObjectNameFn)(uint64_t object, char name[256]);
+typedef void (*OrvGetMatrixFn)(uint64_t object, double m[16]);
+typedef void (*OrvSetMatrixFn)(uint64_t object, const double m[16]);
+typedef int32_t (*OrvCheckCollisionFn)(uint64_t a, uint64_t b, int32_t flag);
+typedef void (*OrvBeginUpdateFn)(void);
+typedef void (*OrvEndUpdateFn)(void);
+
+/** Installs the fifteen host callbacks; returns the last one. */
+ORVANTA_API OrvEndUpdateFn KinematicCallback(
+    OrvFirstChildFn firstChild, OrvNextSiblingFn nextSibling, OrvParentFn parent,
+    OrvFirstLinkFn firstLink, OrvNextLinkFn nextLink, OrvLinkRecordFn linkRecord,
+    OrvFirstTrnFn firstTrn, OrvNextTrnFn nextTrn, OrvTrnRecordFn trnRecord,
+    OrvGetObjectNameFn getObjectName, OrvGetMatrixFn getMatrix, OrvSetMatrixFn setMatrix,
+    OrvCheckCollisionFn checkCollision, OrvBeginUpdateFn beginUpdate,
+    OrvEndUpdateFn endUpdate);
+/** Builds the fixed-body list and the joint tree from the host's objects and links. With a
+ *  non-null offendingLink also checks the structure: 0 (after a message box) with the
+ *  offending link's host object stored there when it is recursive or has an unsupported
+ *  follower, else 1. */
+ORVANTA_API int32_t KinematicInit(uint64_t* offendingLink);
+/** The fixed-list cell after previousCell (the first for null), or null at the end; the outs
+ *  receive its tree node and fixed body. */
+ORVANTA_API void* NextFix(void* previousCell, void** node, uint64_t* fixedBody);
+/** The joint below node after previousJoint (the first for null), or null at the end; the outs
+ *  receive its child node, the link's host object and the child's body. */
+ORVANTA_API void* NextJnt(void* node, void* previousJoint, void** childNode, uint64_t* linkObject,
+                          uint64_t* childBody);
+/** The link's target body, its host object, and whether it is a follower. */
+ORVANTA_API uint64_t LnkTarget(const Lnk* lnk);
+ORVANTA_API uint64_t ObjOfLnk(const Lnk* lnk);
+ORVANTA_API int32_t LnkIsFollower(const Lnk* lnk);
 
 #ifdef __cplusplus
 } /* extern "C" */

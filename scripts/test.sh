@@ -3,19 +3,21 @@
 #   native    the portable core and the Linux library, tests on OSMesa
 #   windows   OrvantaDLL.dll and its test programs, run under Wine on a virtual display
 #   sanitize  the native tests under AddressSanitizer and UndefinedBehaviorSanitizer
-# Usage: scripts/test.sh [preset ...]   (default: all three)
+#   fuzz      the libFuzzer targets, each run for ORVANTA_FUZZ_SECONDS (default 60) seconds
+# Usage: scripts/test.sh [preset ...]   (default: all four)
 set -uo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh || exit 1
 
 presets=("$@")
-[ ${#presets[@]} -gt 0 ] || presets=(native windows sanitize)
+[ ${#presets[@]} -gt 0 ] || presets=(native windows sanitize fuzz)
 jobs=$(nproc 2>/dev/null || echo 2)
 summary=()
 passed=0
 failed=0
 
 for preset in "${presets[@]}"; do
+  [ "$preset" = fuzz ] && continue  # no CTest entries: run below
   echo "==== $preset: configure and build"
   if ! cmake --preset "$preset" -DORVANTA_WERROR=ON >"build-$preset.configure.log" 2>&1; then
     cat "build-$preset.configure.log"
@@ -51,6 +53,43 @@ for preset in "${presets[@]}"; do
   fi
   summary+=("$preset: $line${inside:+ (inside Wine: $inside)}")
 done
+
+# Fuzz targets: each runs for a bounded time from its seed corpus fuzz/corpus/<name>; what
+# it finds goes to build/fuzz/corpus-<name>, so the committed seeds stay as they are.
+if [[ " ${presets[*]} " == *" fuzz "* ]]; then
+  echo "==== fuzz: configure and build"
+  if ! cmake --preset fuzz -DORVANTA_WERROR=ON >build-fuzz.configure.log 2>&1; then
+    cat build-fuzz.configure.log
+    summary+=("fuzz: configure failed")
+    failed=$((failed + 1))
+  elif ! cmake --build --preset fuzz -j "$jobs"; then
+    summary+=("fuzz: build failed")
+    failed=$((failed + 1))
+  else
+    rm -f build-fuzz.configure.log
+    fuzz_passed=0
+    fuzz_failed=0
+    for fuzzer in build/fuzz/fuzz/*_fuzz; do
+      name=$(basename "$fuzzer")
+      found=build/fuzz/corpus-$name
+      log=build/fuzz/$name.log
+      mkdir -p "$found"
+      echo "==== fuzz: $name for ${ORVANTA_FUZZ_SECONDS:-60} s"
+      if (cd build/fuzz && "./fuzz/$name" "corpus-$name" "../../fuzz/corpus/${name%_fuzz}" \
+            -max_total_time="${ORVANTA_FUZZ_SECONDS:-60}" -max_len=65536 -timeout=10 \
+            -print_final_stats=1) >"$log" 2>&1; then
+        grep -E '^Done [0-9]+ runs' "$log" || true
+        fuzz_passed=$((fuzz_passed + 1))
+      else
+        tail -40 "$log"
+        fuzz_failed=$((fuzz_failed + 1))
+      fi
+    done
+    passed=$((passed + fuzz_passed))
+    failed=$((failed + fuzz_failed))
+    summary+=("fuzz: $fuzz_passed targets passed, $fuzz_failed failed (crash inputs in build/fuzz)")
+  fi
+fi
 
 echo
 echo "==== summary"

@@ -32,6 +32,8 @@ start)
   # Start the prefix's services now, with their output detached: started by a test program,
   # they would inherit its output and hold CTest's pipe open after the program ends.
   "$wine" wineboot --init </dev/null >/dev/null 2>&1 || true
+  # Xvfb has no window manager; unmanaged windows close at once instead of after a timeout.
+  "$wine" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /d N /f </dev/null >/dev/null 2>&1 || true
   echo "Wine session: prefix $WINEPREFIX, display $DISPLAY"
   ;;
 stop)

@@ -1,0 +1,35 @@
+// Numbers 64-bit host values (objects, bodies, link items) 0, 1, 2, ... in the order they are
+// first met, through an open-addressing hash table: the scene's passes look values up in
+// constant time without allocating per value.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kinematics/checked_allocator.h"
+
+namespace orv {
+
+class DenseNumbering {
+public:
+    static constexpr size_t kNone = SIZE_MAX;
+
+    explicit DenseNumbering(size_t expected = 0);
+
+    // The value's number, a new one when the value was not met before (then *added is set).
+    size_t insert(uint64_t value, bool* added = nullptr);
+    // The value's number, or kNone.
+    size_t find(uint64_t value) const;
+
+    size_t size() const { return values_.size(); }
+    uint64_t value(size_t number) const { return values_[number]; }
+
+private:
+    size_t slotOf(uint64_t value) const;  // the value's slot, or the empty slot it would take
+    void grow();
+
+    CheckedVector<uint64_t> values_;  // by number
+    CheckedVector<uint32_t> slots_;   // number + 1; 0 = empty; a power of two long
+};
+
+}  // namespace orv

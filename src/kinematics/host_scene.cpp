@@ -1,0 +1,56 @@
+#include "kinematics/host_scene.h"
+
+#include "kinematics/dense_numbering.h"
+
+namespace orv {
+
+namespace {
+
+bool firstMeeting(DenseNumbering& seen, uint64_t value) {
+    bool added = false;
+    seen.insert(value, &added);
+    return added;
+}
+
+void collectLinks(const HostCallbacks& host, uint64_t object, DenseNumbering& seenItems,
+                  HostScene& scene) {
+    if (!host.firstLink || !host.nextLink || !host.linkRecord) return;
+    for (uint64_t item = host.firstLink(object); item && firstMeeting(seenItems, item);
+         item = host.nextLink(item)) {
+        if (Lnk* record = host.linkRecord(item)) scene.links.push_back({record, 0, 0, false});
+    }
+}
+
+}  // namespace
+
+HostScene walkHostScene(const HostCallbacks& host) {
+    HostScene scene;
+    if (!host.firstChild || !host.nextSibling) return scene;
+
+    DenseNumbering seenObjects, seenItems;
+    // Objects whose next sibling is due once their children are done.
+    CheckedVector<uint64_t> open;
+    uint64_t object = host.firstChild(0);
+    for (;;) {
+        if (object && firstMeeting(seenObjects, object)) {
+            scene.objects.push_back(object);
+            collectLinks(host, object, seenItems, scene);
+            open.push_back(object);
+            object = host.firstChild(object);
+        } else {
+            if (open.empty()) break;
+            object = host.nextSibling(open.back());
+            open.pop_back();
+        }
+    }
+    // The records' fields in a pass of their own: independent reads that the processor can
+    // overlap, where reading them between host calls would wait for each in turn.
+    for (SceneLink& link : scene.links) {
+        link.source = link.record->sourceBody;
+        link.target = link.record->targetBody;
+        link.follow = link.record->follow != 0;
+    }
+    return scene;
+}
+
+}  // namespace orv

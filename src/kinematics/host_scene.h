@@ -1,0 +1,31 @@
+// One depth-first walk over the host's object tree that gathers every object and every link
+// record. Everything the engine needs to know about the scene's structure comes from this one
+// walk, so the number of host calls grows with objects plus links.
+#pragma once
+
+#include <cstdint>
+
+#include "kinematics/checked_allocator.h"
+#include "kinematics/host_callbacks.h"
+
+namespace orv {
+
+// A link record with the fields that shape the joint tree, read once: records are large and
+// lie far apart, so the passes over all links read these copies.
+struct SceneLink {
+    Lnk* record;
+    uint64_t source, target;
+    bool follow;
+};
+
+struct HostScene {
+    CheckedVector<uint64_t> objects;  // each object before its children, siblings in order
+    CheckedVector<SceneLink> links;   // the objects' link items, in the same order
+};
+
+// Walks from the scene root (FirstChild of 0). An object or link item met a second time ends
+// its list, so a host whose lists loop cannot hang the walk; items without a record are
+// skipped. Without the tree callbacks the scene is empty.
+HostScene walkHostScene(const HostCallbacks& host);
+
+}  // namespace orv
