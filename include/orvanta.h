@@ -244,6 +244,24 @@ ORVANTA_API void ViewerDefineEnv(const Env* env, OrvColorRef colour, int32_t set
 ORVANTA_API void ViewerDefineLgts(const Env* env, OrvColorRef colour, Lgt* const* lights,
                                   int32_t* lightsOn, const double eye[3], const double view[6]);
 
+/** Texture coordinates of a triangle's corners (9 doubles) with the face normal, from the
+ *  surface slot's projection, tile size and the material's texture placement: uv receives three
+ *  (u, v) pairs, one unit being one tile. boxMin and boxMax (the body's bounding box) scale the
+ *  cylinder and sphere projections; origin shifts the corners. Each may be null. Returns 1, or
+ *  0 without writing when the surface slot shows no texture. */
+ORVANTA_API int32_t ViewerMapTexture2(const Mat* mat, const double corners[9],
+                                      const double normal[3], double uv[6],
+                                      const double boxMin[3], const double boxMax[3],
+                                      const double origin[3]);
+/** ViewerMapTexture2 without bounding box and origin. */
+ORVANTA_API int32_t ViewerMapTexture(const Mat* mat, const double corners[9],
+                                     const double normal[3], double uv[6]);
+/** What a plain two-dimensional texture matrix needs: the tile lengths in u and v, the placement
+ *  (x, y offset and tile length) and the rotation about z in degrees. Returns the surface
+ *  image's edge in pixels. (The name is spelled with one p.) */
+ORVANTA_API uint32_t TextureMaping(const Mat* mat, double tile[2], double placement[3],
+                                   double* rotation);
+
 /* ---------------------------------------------------------------------------------------- */
 /* 4. Records: creation, disposal, blocks, names and the family-specific setters             */
 /*    A handle is the record's address. Blocks: Get with a null buffer reports the size,     */

@@ -1,0 +1,124 @@
+// Scene build: body collection, dropped triangles, octant order and screen rectangles.
+#include <cmath>
+
+#include "core/colour.h"
+
+#include "raytrace/intersect.h"
+#include "raytrace_fixture.h"
+
+namespace {
+
+using orv::Vec3;
+using orv_test::RaytraceFixture;
+
+class SceneTest : public RaytraceFixture {};
+
+int countBodies(const orv::Scene& scene) {
+    int n = 0;
+    for (const orv::Body* b = scene.bodies; b; b = b->next) ++n;
+    return n;
+}
+
+TEST_F(SceneTest, TrianglesBeforeTheFirstNewBodyAreDropped) {
+    addToBody({0, 0, 0}, {1, 0, 0}, {0, 1, 0});
+    EXPECT_EQ(nullptr, ctx.scene.bodies);
+    addBody(material(), {0, 0, 0}, {1, 0, 0}, {0, 1, 0});
+    addToBody({0, 0, 1}, {1, 0, 1}, {0, 1, 1});
+    orv::finishScene(ctx.scene);
+    ASSERT_EQ(1, countBodies(ctx.scene));
+    const orv::OctreeNode& root = *ctx.scene.bodies->root;
+    int total = root.triangleCount;
+    for (int i = 0; i < root.childCount; ++i) total += root.children[i]->triangleCount;
+    EXPECT_EQ(2, total);
+}
+
+TEST_F(SceneTest, DegenerateOnlyBodyHasEmptyRootAndIsNeverHit) {
+    const Vec3 corners[][3] = {
+        {{0, 0, 0}, {0, 0, 0}, {1, 1, 0}},
+        {{0, 0, 0}, {1, 1, 0}, {1, 1, 0}},
+        {{1, 1, 0}, {0, 0, 0}, {1, 1, 0}},
+    };
+    addBody(material(), corners[0][0], corners[0][1], corners[0][2]);
+    for (int i = 1; i < 3; ++i) addToBody(corners[i][0], corners[i][1], corners[i][2]);
+    orv::finishScene(ctx.scene);
+    const orv::OctreeNode& root = *ctx.scene.bodies->root;
+    EXPECT_EQ(0, root.triangleCount);
+    EXPECT_EQ(nullptr, root.triangles);
+    EXPECT_EQ(0, root.childCount);
+    for (orv::RayKind kind : {orv::RayKind::Primary, orv::RayKind::Reflection}) {
+        orv::Hit hit;
+        EXPECT_FALSE(orv::findNearest(ctx.scene, {{0.5, 0.5, 1}, {0, 0, -1}, kind}, hit));
+    }
+}
+
+TEST_F(SceneTest, TriangleOnAnOctantFaceGoesToTheFirstOctantInOrder) {
+    // Root box [0, 2]^3, centre 1. The first triangle straddles and stays in the root; the
+    // second lies in the plane x = 1, inside both the all-lower octant and the upper-x one;
+    // the third lies wholly in the upper-x octant.
+    addBody(material(), {0, 0, 0}, {2, 2, 0}, {0, 2, 2});
+    addToBody({1, 0.1, 0.1}, {1, 0.5, 0.1}, {1, 0.1, 0.5});
+    addToBody({1.5, 0.1, 0.1}, {1.9, 0.1, 0.1}, {1.5, 0.4, 0.1});
+    orv::finishScene(ctx.scene);
+    const orv::OctreeNode& root = *ctx.scene.bodies->root;
+    EXPECT_EQ(1, root.triangleCount);
+    ASSERT_EQ(2, root.childCount);
+    // Children are packed in octant order and refitted to their triangles.
+    EXPECT_EQ(1.0, root.children[0]->boxMin.x);
+    EXPECT_EQ(1.0, root.children[0]->boxMax.x);
+    EXPECT_EQ(1.5, root.children[1]->boxMin.x);
+    EXPECT_EQ(1.9, root.children[1]->boxMax.x);
+    EXPECT_EQ(0.0, root.boxMin.x);
+    EXPECT_EQ(2.0, root.boxMax.z);
+}
+
+TEST_F(SceneTest, ScreenRectanglesFollowTheProjectionWithAOnePixelMargin) {
+    // Camera at (0, 0, 5), fov 60, 32 x 24: one pixel is tan(30 deg) / 12 = 0.0481 on the
+    // screen at distance 1. A corner at x = 1, five units ahead, is at screen x 0.2: column
+    // 0.2 / 0.0481 = 4.16 -> 4; at y = -1 the row is +4 (rows run downwards). A corner behind
+    // the eye lands at screen coordinate 2: column 41.57 -> 41.
+    struct Case {
+        Vec3 corners[3];
+        orv::ScreenRect want;
+    } cases[] = {
+        {{{0, 0, 0}, {1, 0, 0}, {0, -1, 0}}, {-1, -1, 5, 5}},
+        {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {-1, -5, 5, 1}},
+        {{{0, 0, 0}, {1, 0, 6}, {0, 0, 1}}, {-1, -1, 42, 1}},
+    };
+    for (const Case& c : cases) {
+        const orv::ScreenRect r = orv::screenRect(ctx, c.corners);
+        EXPECT_EQ(c.want.x0, r.x0);
+        EXPECT_EQ(c.want.y0, r.y0);
+        EXPECT_EQ(c.want.x1, r.x1);
+        EXPECT_EQ(c.want.y1, r.y1);
+    }
+}
+
+TEST_F(SceneTest, QuickRenderDropsOffImageAndTurnedAwayTriangles) {
+    ctx.quick = true;
+    addBody(material(), {0, 0, 0}, {1, 0, 0}, {0, 1, 0});     // kept
+    addToBody({0, 0, 0}, {0, 1, 0}, {1, 0, 0});               // turned away
+    addToBody({50, 0, 0}, {51, 0, 0}, {50, 1, 0});            // off the image
+    addBody(material(), {0, 0, 0}, {0, 1, 0}, {1, 0, 0}, 1);  // two-sided: kept
+    orv::finishScene(ctx.scene);
+    EXPECT_EQ(1, ctx.scene.bodies->root->triangleCount);
+    EXPECT_EQ(1, ctx.scene.bodies->next->root->triangleCount);
+}
+
+TEST_F(SceneTest, DefaultMaterialFromColourAndOpacity) {
+    orv::GeometryItem item;
+    item.newBody = 1;
+    item.colour = 0x00336699;  // red 0x99, green 0x66, blue 0x33
+    item.opacity = 3.0;
+    add(item, {0, 0, 0}, {1, 0, 0}, {0, 1, 0});
+    orv::finishScene(ctx.scene);
+    const orv::Body& body = *ctx.scene.bodies;
+    ASSERT_TRUE(body.ownsMaterial);
+    const Mat& m = *body.material;
+    EXPECT_EQ(0x99 * orv::kByteToUnit, m.ambient.x);
+    EXPECT_EQ(0x33 * orv::kByteToUnit, m.ambient.z);
+    EXPECT_EQ(0x66 * orv::kByteToUnit * 0.8, m.diffuse.y);
+    EXPECT_EQ(0.6, m.specular.x);
+    EXPECT_EQ(1.0, m.opacity);
+}
+
+}  // namespace
