@@ -67,11 +67,6 @@ bool readNumber(int32_t hive, const char* subkey, const char* name, uint32_t* ou
     return true;
 }
 
-uint32_t readNumberOrZero(int32_t hive, const char* subkey, const char* name) {
-    uint32_t value;
-    return readNumber(hive, subkey, name, &value) ? value : 0;
-}
-
 bool writeString(int32_t hive, const char* subkey, const char* name, const char* text) {
     if (!text) return false;
     char buffer[kStringBytes] = {};
