@@ -11,6 +11,7 @@
  *   3. Appearance: accessors and viewer definitions
  *   4. Records: creation, disposal, blocks, names and the family-specific setters
  *   5. Kinematics: the host's object-tree callbacks and the joint tree
+ *   6. Raytracing
  *
  * Every record is a fixed-size block packed on 4-byte boundaries; hosts store the blocks byte
  * for byte in their documents, so the layouts below are a storage format. A record handle is
@@ -381,6 +382,43 @@ ORVANTA_API void* NextJnt(void* node, void* previousJoint, void** childNode, uin
 ORVANTA_API uint64_t LnkTarget(const Lnk* lnk);
 ORVANTA_API uint64_t ObjOfLnk(const Lnk* lnk);
 ORVANTA_API int32_t LnkIsFollower(const Lnk* lnk);
+
+/* ---------------------------------------------------------------------------------------- */
+/* 6. Raytracing                                                                             */
+/* ---------------------------------------------------------------------------------------- */
+
+/** Fills one triangle into the out-arguments (all but user); returns 0 when none is left. */
+typedef int32_t (*OrvGeometryCallback)(int64_t* newBody, Mat** material, OrvColorRef* colour,
+                                       double* opacity, int32_t* twoSided, double corners[9],
+                                       double cornerNormals[9], double faceNormal[3], void* user);
+/** The long form: also the body's texture placement box (minimum, maximum, origin). */
+typedef int32_t (*OrvGeometryCallback2)(int64_t* newBody, Mat** material, OrvColorRef* colour,
+                                        double* opacity, int32_t* twoSided, double corners[9],
+                                        double cornerNormals[9], double faceNormal[3],
+                                        double boxMin[3], double boxMax[3], double origin[3],
+                                        void* user);
+/** A finished row on the caller's thread: count RGB triples, null with a dc; 0 cancels. */
+typedef int32_t (*OrvRowCallback)(const uint8_t* rgb, int32_t count, int32_t row, void* user);
+
+/** Raytraces width x height pixels into the device context dc (an HDC, or null) at (x0, y0) and
+ *  hands each row to rowCallback; returns nonzero when its hidden window was destroyed. */
+ORVANTA_API int32_t RaytraceToDevice(void* dc, const double eye[3], const double target[3],
+                                     const double up[3], double fov, double aspect, double shiftX,
+                                     double shiftY, double zoom, int32_t x0, int32_t y0,
+                                     int32_t width, int32_t height, const Env* env,
+                                     OrvColorRef background, Lgt* const* lights, int32_t quick,
+                                     int32_t unused, OrvGeometryCallback geometry, void* user,
+                                     OrvRowCallback rowCallback, void* rowUser);
+/** RaytraceToDevice with the long-form geometry callback. */
+ORVANTA_API int32_t RaytraceToDevice2(void* dc, const double eye[3], const double target[3],
+                                      const double up[3], double fov, double aspect,
+                                      double shiftX, double shiftY, double zoom, int32_t x0,
+                                      int32_t y0, int32_t width, int32_t height, const Env* env,
+                                      OrvColorRef background, Lgt* const* lights, int32_t quick,
+                                      int32_t unused, OrvGeometryCallback2 geometry, void* user,
+                                      OrvRowCallback rowCallback, void* rowUser);
+/** Worker threads of later renders: 0 one per core, default 2; the image stays the same. */
+ORVANTA_API int32_t SetRaytraceThreads(int32_t n);
 
 #ifdef __cplusplus
 } /* extern "C" */
