@@ -3,14 +3,16 @@
 #   native    the portable core and the Linux library, tests on OSMesa
 #   windows   OrvantaDLL.dll and its test programs, run under Wine on a virtual display
 #   sanitize  the native tests under AddressSanitizer and UndefinedBehaviorSanitizer
+#   tsan      the raytrace tests (Render*, Raytrace*) under ThreadSanitizer; the filter is
+#             the test preset's
 #   fuzz      the libFuzzer targets, each run for ORVANTA_FUZZ_SECONDS (default 60) seconds
-# Usage: scripts/test.sh [preset ...]   (default: all four)
+# Usage: scripts/test.sh [preset ...]   (default: all five)
 set -uo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/setup.sh || exit 1
 
 presets=("$@")
-[ ${#presets[@]} -gt 0 ] || presets=(native windows sanitize fuzz)
+[ ${#presets[@]} -gt 0 ] || presets=(native windows sanitize tsan fuzz)
 jobs=$(nproc 2>/dev/null || echo 2)
 summary=()
 passed=0
