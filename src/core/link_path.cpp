@@ -12,6 +12,7 @@
 
 #include "core/checked_alloc.h"
 #include "core/record_lifecycle.h"
+#include "math/vec3.h"
 
 namespace orv {
 
@@ -33,8 +34,7 @@ constexpr int32_t kMaxTrailerPoints = int32_t((kTrailerOffset - kOverlayStart) /
 
 // The arc that bends a segment of chord c with the signed height h (0: straight).
 double segmentLength(const OrvVec3& from, const OrvVec3& to, double bulge) {
-    const double dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
-    const double chord = std::sqrt(dx * dx + dy * dy + dz * dz);
+    const double chord = length(to - from);
     if (bulge == 0.0) return chord;
     const double h = std::fabs(bulge);
     const double r = (4.0 * h * h + chord * chord) / (8.0 * h);
@@ -132,9 +132,7 @@ void setLnk(Lnk& lnk, const void* a, const void* b, const void* c, int32_t count
     } else {
         std::memcpy(&lnk.axisA, a, sizeof lnk.axisA);
         std::memcpy(&lnk.axisB, b, sizeof lnk.axisB);
-        const double dx = lnk.axisB.x - lnk.axisA.x, dy = lnk.axisB.y - lnk.axisA.y,
-                     dz = lnk.axisB.z - lnk.axisA.z;
-        lnk.linMax = std::sqrt(dx * dx + dy * dy + dz * dz);
+        lnk.linMax = length(lnk.axisB - lnk.axisA);
     }
     lnk.sourceBody = baseBody;
     lnk.targetBody = targetBody;
