@@ -32,11 +32,21 @@ struct Hit {
 };
 
 // Kinds 0 to 2: the nearest hit with hit.t as the upper bound. True when something was hit.
+// Of equal parameters the first in traversal order wins: bodies in list order, each octree
+// depth first with a node's triangles before its children.
 bool findNearest(const Scene& scene, const Ray& ray, Hit& hit);
 // Kind 3: multiplies hit.visibility by 1 - opacity of each occluder met before hit.t, in
 // traversal order, shortening the segment at each one. True when the segment is blocked
 // (visibility below 1e-6); hit.body and hit.triangle then name the blocker.
 bool traceShadow(const Scene& scene, const Ray& ray, Hit& hit);
+
+// The two searches as a pair, so that a render context can be given another implementation
+// with the same results (the literal octree walk, for comparison).
+struct Intersector {
+    bool (*findNearest)(const Scene& scene, const Ray& ray, Hit& hit);
+    bool (*traceShadow)(const Scene& scene, const Ray& ray, Hit& hit);
+};
+extern const Intersector kSceneIntersector;  // findNearest and traceShadow above
 // The shadow cache's test: does this one triangle alone block the segment [1e-6, segmentEnd)?
 bool cachedTriangleBlocks(const Body& body, const Triangle& tri, const Ray& ray,
                           double segmentEnd);

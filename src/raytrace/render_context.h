@@ -8,6 +8,7 @@
 #include "math/mat4.h"
 #include "math/vec3.h"
 #include "orvanta.h"
+#include "raytrace/intersect.h"
 #include "raytrace/scene.h"
 
 namespace orv {
@@ -45,6 +46,7 @@ struct RenderContext {
     bool quick = false;  // no shadows, no reflection or refraction
 
     Scene scene;
+    const Intersector* intersector = &kSceneIntersector;
     ShadowCacheEntry shadowCache[kShadowCacheSize];
 };
 

@@ -11,6 +11,7 @@
 #include "core/record_lifecycle.h"
 #include "core/records.h"
 #include "raytrace/render_context.h"
+#include "raytrace/scene_accel.h"
 
 namespace orv {
 
@@ -313,9 +314,13 @@ void addTriangle(RenderContext& ctx, const GeometryItem& item) {
 void finishScene(Scene& scene) {
     if (scene.current) finishBody(*scene.current);
     scene.current = nullptr;
+    freeAccel(scene.accel);
+    scene.accel = buildAccel(scene);
 }
 
 void freeScene(Scene& scene) {
+    freeAccel(scene.accel);
+    scene.accel = nullptr;
     while (Body* body = scene.bodies) {
         scene.bodies = body->next;
         freeNode(body->root);

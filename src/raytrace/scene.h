@@ -54,9 +54,12 @@ struct Body {
     OctreeNode* root;
 };
 
+struct SceneAccel;
+
 struct Scene {
     Body* bodies = nullptr;   // newest first
     Body* current = nullptr;  // the body still collecting triangles
+    SceneAccel* accel = nullptr;  // the search structure, made by finishScene
 };
 
 // One call of the host's geometry callback: its out-arguments.
@@ -78,7 +81,8 @@ struct GeometryItem {
 // Adds one delivered triangle to ctx.scene, starting a new body when the item says so.
 // The camera of ctx must be set up (setUpCamera) before the first call.
 void addTriangle(RenderContext& ctx, const GeometryItem& item);
-// Finishes the last body; call once after the callback returned 0.
+// Finishes the last body and builds the search structure over all bodies; call once after
+// the callback returned 0.
 void finishScene(Scene& scene);
 // Frees every body, its octree and a default material it made.
 void freeScene(Scene& scene);

@@ -75,7 +75,7 @@ void lightContribution(RenderContext& ctx, const Surface& s, Vec3 lc, bool casts
         }
         Hit hit;
         hit.t = segmentEnd;
-        traceShadow(ctx.scene, ray, hit);
+        ctx.intersector->traceShadow(ctx.scene, ray, hit);
         visibility = hit.visibility;
         if (visibility < kEps) {
             if (cache) *cache = ShadowCacheEntry{hit.body, hit.triangle};
@@ -252,7 +252,7 @@ Vec3 traceSecondary(RenderContext& ctx, const Vec3& origin, const Vec3& dir, Ray
                     int depth) {
     const Ray ray{origin, dir, kind};
     Hit hit;
-    if (findNearest(ctx.scene, ray, hit)) return shade(ctx, ray, depth, hit);
+    if (ctx.intersector->findNearest(ctx.scene, ray, hit)) return shade(ctx, ray, depth, hit);
     if (kind == RayKind::Refraction && dir.z < 0) return ctx.env->background;
     return Vec3{0, 0, 0};
 }
@@ -260,7 +260,7 @@ Vec3 traceSecondary(RenderContext& ctx, const Vec3& origin, const Vec3& dir, Ray
 Vec3 tracePrimary(RenderContext& ctx, const Vec3& dir, int32_t column, int32_t row) {
     const Ray ray{ctx.eye, dir, RayKind::Primary, column, row};
     Hit hit;
-    if (!findNearest(ctx.scene, ray, hit)) {
+    if (!ctx.intersector->findNearest(ctx.scene, ray, hit)) {
         return dir.z < 0 ? ctx.env->background : Vec3{0, 0, 0};
     }
     Vec3 c = shade(ctx, ray, 0, hit);

@@ -1,0 +1,714 @@
+// Sections: the structure, bounding what the triangle test accepts, the build, the searches.
+#include "raytrace/scene_accel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <initializer_list>
+#include <limits>
+
+#include "core/checked_alloc.h"
+#include "raytrace/triangle_hit.h"
+
+namespace orv {
+
+namespace {
+
+// ---- The structure ----
+
+// What the test of one triangle reads, copied from the octree's record.
+struct HotTriangle {
+    Vec3 p0, a, b, n;
+    double dist;
+    ScreenRect rect;
+    uint32_t seq;  // place in the walk order
+    uint32_t twoSided;
+};
+
+// What only a candidate needs.
+struct TriangleSource {
+    const Triangle* triangle;
+    const Body* body;
+    int32_t octreeNode;  // index into SceneAccel::octree
+};
+
+struct OctreeRef {
+    Vec3 boxMin, boxMax;
+    int32_t parent;  // -1 for a body's root
+};
+
+// A leaf holds count > 0 triangles from first; an inner node has count 0 and its two children
+// at first and first + 1.
+struct BvhNode {
+    double box[2][3];  // minimum and maximum corner
+    int32_t first;
+    int32_t count;
+    uint32_t minSeq, maxSeq;
+};
+
+template <typename T>
+T* allocArray(size_t n) {
+    return static_cast<T*>(checkedAlloc(sizeof(T) * (n > 0 ? n : 1)));
+}
+
+}  // namespace
+
+struct SceneAccel {
+    HotTriangle* triangles = nullptr;  // in leaf order
+    TriangleSource* sources = nullptr;
+    int32_t triangleCount = 0;
+    // Triangles whose accepted points cannot be bounded (a plane normal nearly in the
+    // triangle's plane, huge or non-finite corners): tested by every search.
+    HotTriangle* unbounded = nullptr;
+    TriangleSource* unboundedSources = nullptr;
+    int32_t unboundedCount = 0;
+    BvhNode* nodes = nullptr;
+    int32_t nodeCount = 0;
+    OctreeRef* octree = nullptr;
+};
+
+namespace {
+
+// ---- Bounding what the triangle test accepts ----
+//
+// The test takes the ray's point on the plane (n, dist) and accepts it when its barycentric
+// weights, measured in the triangle's own plane, are within tolerance. Where the host's normal
+// is not the corners' normal those planes differ: the accepted points form the triangle's
+// shadow along its own normal on the plane (n, dist). Its corners are bounded, widened for the
+// tolerance and for rounding; a point the test accepts lies inside.
+
+bool finiteBox(const double lo[3], const double hi[3]) {
+    for (int k = 0; k < 3; ++k) {
+        if (!(std::fabs(lo[k]) < 1e100 && std::fabs(hi[k]) < 1e100)) return false;
+    }
+    return true;
+}
+
+// False when the triangle's accepted points cannot be bounded.
+bool acceptedBounds(const Triangle& tri, double lo[3], double hi[3]) {
+    Vec3 m = cross(tri.p1 - tri.p0, tri.p2 - tri.p0);
+    const double len = length(m);
+    if (!(len > 0.0)) return false;
+    m = m * (1.0 / len);
+    const double c = dot(tri.n, m);
+    if (!(std::fabs(c) >= 1e-3)) return false;
+    for (int k = 0; k < 3; ++k) {
+        lo[k] = std::numeric_limits<double>::infinity();
+        hi[k] = -std::numeric_limits<double>::infinity();
+    }
+    for (const Vec3* p : {&tri.p0, &tri.p1, &tri.p2}) {
+        const Vec3 q = *p - m * ((dot(tri.n, *p) + tri.dist) / c);
+        const double qk[3] = {q.x, q.y, q.z};
+        for (int k = 0; k < 3; ++k) {
+            lo[k] = std::min(lo[k], qk[k]);
+            hi[k] = std::max(hi[k], qk[k]);
+        }
+    }
+    if (!finiteBox(lo, hi)) return false;
+    double extent = 0.0, magnitude = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        extent = std::max(extent, hi[k] - lo[k]);
+        magnitude = std::max({magnitude, std::fabs(lo[k]), std::fabs(hi[k])});
+    }
+    const double margin = (2e-5 * extent + 1e-9 * magnitude) / std::fabs(c) + 1e-300;
+    for (int k = 0; k < 3; ++k) {
+        lo[k] -= margin;
+        hi[k] += margin;
+    }
+    return finiteBox(lo, hi);
+}
+
+// No ray can ever pass this triangle's test (collinear corners, or a zero or NaN normal).
+bool neverHit(const Triangle& tri) {
+    const double w[8] = {tri.a.x, tri.a.y, tri.a.z, tri.b.x, tri.b.y, tri.b.z, tri.dist, 0.0};
+    for (double x : w) {
+        if (std::isnan(x)) return true;
+    }
+    return tri.n.x == 0.0 && tri.n.y == 0.0 && tri.n.z == 0.0;
+}
+
+// ---- The build ----
+
+struct BuildItem {
+    double box[2][3];
+    double centre[3];
+};
+
+struct Bin {
+    double box[2][3];
+    int32_t count;
+};
+
+void emptyBox(double box[2][3]) {
+    for (int k = 0; k < 3; ++k) {
+        box[0][k] = std::numeric_limits<double>::infinity();
+        box[1][k] = -std::numeric_limits<double>::infinity();
+    }
+}
+
+void growBox(double box[2][3], const double add[2][3]) {
+    for (int k = 0; k < 3; ++k) {
+        box[0][k] = std::min(box[0][k], add[0][k]);
+        box[1][k] = std::max(box[1][k], add[1][k]);
+    }
+}
+
+double halfArea(const double box[2][3]) {
+    const double x = box[1][0] - box[0][0], y = box[1][1] - box[0][1], z = box[1][2] - box[0][2];
+    return x * y + y * z + z * x;
+}
+
+constexpr int kBins = 16;
+constexpr int32_t kMaxLeaf = 4;
+constexpr int kMaxSahDepth = 48;  // deeper nodes split in the middle, keeping the depth bounded
+
+class BvhBuilder {
+public:
+    BvhBuilder(const BuildItem* items, int32_t* ids, BvhNode* nodes)
+        : items_(items), ids_(ids), nodes_(nodes) {}
+
+    int32_t build(int32_t count) {
+        nodeCount_ = 1;
+        split(0, 0, count, 0);
+        return nodeCount_;
+    }
+
+private:
+    struct Task {
+        int32_t node, begin, end, depth;
+    };
+
+    void split(int32_t rootNode, int32_t rootBegin, int32_t rootEnd, int rootDepth) {
+        Task stack[2 * kMaxSahDepth + 80];
+        int top = 0;
+        stack[top++] = Task{rootNode, rootBegin, rootEnd, rootDepth};
+        while (top > 0) {
+            const Task task = stack[--top];
+            BvhNode& node = nodes_[task.node];
+            double centres[2][3];
+            emptyBox(node.box);
+            emptyBox(centres);
+            for (int32_t i = task.begin; i < task.end; ++i) {
+                const BuildItem& item = items_[ids_[i]];
+                growBox(node.box, item.box);
+                for (int k = 0; k < 3; ++k) {
+                    centres[0][k] = std::min(centres[0][k], item.centre[k]);
+                    centres[1][k] = std::max(centres[1][k], item.centre[k]);
+                }
+            }
+            const int32_t count = task.end - task.begin;
+            int32_t middle = count <= kMaxLeaf ? task.begin : chooseSplit(task, node, centres);
+            if (middle == task.begin) {
+                node.first = task.begin;
+                node.count = count;
+                continue;
+            }
+            const int32_t left = nodeCount_;
+            nodeCount_ += 2;
+            node.first = left;
+            node.count = 0;
+            stack[top++] = Task{left + 1, middle, task.end, task.depth + 1};
+            stack[top++] = Task{left, task.begin, middle, task.depth + 1};
+        }
+    }
+
+    // Where to cut ids_[begin, end): the surface area heuristic over binned centres, or the
+    // middle when it finds no cut; begin when the node should stay a leaf.
+    int32_t chooseSplit(const Task& task, const BvhNode& node, const double centres[2][3]) {
+        const int32_t count = task.end - task.begin;
+        const int32_t middle = task.begin + count / 2;
+        if (task.depth >= kMaxSahDepth) return middle;
+
+        Bin bins[3][kBins];
+        double scale[3];
+        for (int k = 0; k < 3; ++k) {
+            const double extent = centres[1][k] - centres[0][k];
+            scale[k] = extent > 0.0 ? kBins * (1.0 - 1e-9) / extent : 0.0;
+            for (Bin& bin : bins[k]) {
+                emptyBox(bin.box);
+                bin.count = 0;
+            }
+        }
+        for (int32_t i = task.begin; i < task.end; ++i) {
+            const BuildItem& item = items_[ids_[i]];
+            for (int k = 0; k < 3; ++k) {
+                Bin& bin = bins[k][binOf(item.centre[k], centres[0][k], scale[k])];
+                growBox(bin.box, item.box);
+                ++bin.count;
+            }
+        }
+
+        double bestCost = std::numeric_limits<double>::infinity();
+        int bestAxis = -1, bestBin = 0;
+        for (int k = 0; k < 3; ++k) {
+            if (scale[k] == 0.0) continue;
+            double rightArea[kBins];
+            int32_t rightCount[kBins];
+            double box[2][3];
+            emptyBox(box);
+            int32_t n = 0;
+            for (int b = kBins - 1; b > 0; --b) {
+                growBox(box, bins[k][b].box);
+                n += bins[k][b].count;
+                rightArea[b] = halfArea(box);
+                rightCount[b] = n;
+            }
+            emptyBox(box);
+            n = 0;
+            for (int b = 1; b < kBins; ++b) {
+                growBox(box, bins[k][b - 1].box);
+                n += bins[k][b - 1].count;
+                if (n == 0 || rightCount[b] == 0) continue;
+                const double cost = n * halfArea(box) + rightCount[b] * rightArea[b];
+                if (cost < bestCost) {
+                    bestCost = cost;
+                    bestAxis = k;
+                    bestBin = b;
+                }
+            }
+        }
+        if (bestAxis < 0) return count > 2 * kMaxLeaf ? middle : task.begin;
+
+        // A split costs one more box test on the way down.
+        const double leafCost = count * halfArea(node.box);
+        if (count <= 2 * kMaxLeaf && leafCost <= halfArea(node.box) + bestCost) return task.begin;
+
+        const int k = bestAxis;
+        const double low = centres[0][k], s = scale[k];
+        int32_t* cut = std::partition(ids_ + task.begin, ids_ + task.end, [&](int32_t id) {
+            return binOf(items_[id].centre[k], low, s) < bestBin;
+        });
+        const int32_t at = static_cast<int32_t>(cut - ids_);
+        return at == task.begin || at == task.end ? middle : at;
+    }
+
+    static int binOf(double centre, double low, double scale) {
+        const int b = static_cast<int>((centre - low) * scale);
+        return b < 0 ? 0 : (b >= kBins ? kBins - 1 : b);
+    }
+
+    const BuildItem* items_;
+    int32_t* ids_;
+    BvhNode* nodes_;
+    int32_t nodeCount_ = 0;
+};
+
+HotTriangle hotCopy(const Triangle& tri, bool twoSided, uint32_t seq) {
+    HotTriangle hot;
+    hot.p0 = tri.p0;
+    hot.a = tri.a;
+    hot.b = tri.b;
+    hot.n = tri.n;
+    hot.dist = tri.dist;
+    hot.rect = tri.rect;
+    hot.seq = seq;
+    hot.twoSided = twoSided ? 1u : 0u;
+    return hot;
+}
+
+int32_t countOctreeNodes(const OctreeNode& node) {
+    int32_t n = 1;
+    for (int32_t k = 0; k < node.childCount; ++k) n += countOctreeNodes(*node.children[k]);
+    return n;
+}
+
+// Walks the octree in the search's order, numbering triangles and recording node boxes.
+class WalkOrder {
+public:
+    WalkOrder(SceneAccel& accel, BuildItem* items, HotTriangle* hot, TriangleSource* sources)
+        : accel_(accel), items_(items), hot_(hot), sources_(sources) {}
+
+    void walk(const OctreeNode& node, const Body& body, int32_t parent) {
+        const int32_t index = octreeCount_++;
+        accel_.octree[index] = OctreeRef{node.boxMin, node.boxMax, parent};
+        for (int32_t k = 0; k < node.triangleCount; ++k) {
+            const Triangle& tri = node.triangles[k];
+            const uint32_t seq = seq_++;
+            if (neverHit(tri)) continue;
+            const HotTriangle hot = hotCopy(tri, body.twoSided != 0, seq);
+            const TriangleSource source{&tri, &body, index};
+            BuildItem item;
+            if (acceptedBounds(tri, item.box[0], item.box[1])) {
+                for (int i = 0; i < 3; ++i) item.centre[i] = 0.5 * (item.box[0][i] + item.box[1][i]);
+                items_[bounded_] = item;
+                hot_[bounded_] = hot;
+                sources_[bounded_] = source;
+                ++bounded_;
+            } else {
+                accel_.unbounded[accel_.unboundedCount] = hot;
+                accel_.unboundedSources[accel_.unboundedCount] = source;
+                ++accel_.unboundedCount;
+            }
+        }
+        for (int32_t k = 0; k < node.childCount; ++k) walk(*node.children[k], body, index);
+    }
+
+    int32_t bounded() const { return bounded_; }
+
+private:
+    SceneAccel& accel_;
+    BuildItem* items_;
+    HotTriangle* hot_;
+    TriangleSource* sources_;
+    int32_t octreeCount_ = 0;
+    int32_t bounded_ = 0;
+    uint32_t seq_ = 0;
+};
+
+int32_t countTriangles(const OctreeNode& node) {
+    int32_t n = node.triangleCount;
+    for (int32_t k = 0; k < node.childCount; ++k) n += countTriangles(*node.children[k]);
+    return n;
+}
+
+void setSeqRanges(SceneAccel& accel) {
+    // Children always come after their parent, so one backward pass sees them first.
+    for (int32_t i = accel.nodeCount - 1; i >= 0; --i) {
+        BvhNode& node = accel.nodes[i];
+        if (node.count > 0) {
+            node.minSeq = UINT32_MAX;
+            node.maxSeq = 0;
+            for (int32_t k = node.first; k < node.first + node.count; ++k) {
+                node.minSeq = std::min(node.minSeq, accel.triangles[k].seq);
+                node.maxSeq = std::max(node.maxSeq, accel.triangles[k].seq);
+            }
+        } else {
+            const BvhNode& l = accel.nodes[node.first];
+            const BvhNode& r = accel.nodes[node.first + 1];
+            node.minSeq = std::min(l.minSeq, r.minSeq);
+            node.maxSeq = std::max(l.maxSeq, r.maxSeq);
+        }
+    }
+}
+
+// ---- The searches ----
+
+// The ray's constants for box tests against boxes widened by a margin that covers rounding
+// in the triangle test for this origin.
+struct RayBoxes {
+    explicit RayBoxes(const Ray& ray) {
+        const double o[3] = {ray.origin.x, ray.origin.y, ray.origin.z};
+        const double d[3] = {ray.dir.x, ray.dir.y, ray.dir.z};
+        const double pad =
+            1e-9 * (1.0 + std::max({std::fabs(o[0]), std::fabs(o[1]), std::fabs(o[2])}));
+        for (int k = 0; k < 3; ++k) {
+            // A direction parallel to an axis keeps its coordinate for every t a search
+            // reaches; a tiny stand-in turns the slab into all or nothing.
+            inv[k] = 1.0 / (d[k] != 0.0 ? d[k] : 1e-300);
+            nearSide[k] = inv[k] < 0.0 ? 1 : 0;
+            nearOrigin[k] = inv[k] < 0.0 ? o[k] - pad : o[k] + pad;
+            farOrigin[k] = inv[k] < 0.0 ? o[k] + pad : o[k] - pad;
+        }
+    }
+
+    // Entry parameter when the ray's span (0, bound] meets the node's box, else NaN-free false.
+    bool enters(const BvhNode& node, double bound, double& entry) const {
+        double tmin = (node.box[nearSide[0]][0] - nearOrigin[0]) * inv[0];
+        double tmax = (node.box[1 - nearSide[0]][0] - farOrigin[0]) * inv[0];
+        for (int k = 1; k < 3; ++k) {
+            const double tn = (node.box[nearSide[k]][k] - nearOrigin[k]) * inv[k];
+            const double tf = (node.box[1 - nearSide[k]][k] - farOrigin[k]) * inv[k];
+            if (tn > tmin) tmin = tn;
+            if (tf < tmax) tmax = tf;
+        }
+        entry = tmin;
+        return tmin <= tmax && tmax >= 0.0 && tmin <= bound;
+    }
+
+    double inv[3];
+    int nearSide[3];
+    double nearOrigin[3], farOrigin[3];
+};
+
+// Whether the octree walk reaches a node for this ray: its box and every box above it met.
+class WalkReach {
+public:
+    WalkReach(const SceneAccel& accel, const Ray& ray) : accel_(accel), ray_(ray) {
+        std::memset(keys_, 0xff, sizeof keys_);
+    }
+
+    bool reaches(int32_t node) {
+        for (; node >= 0; node = accel_.octree[node].parent) {
+            const int slot = node & (kSlots - 1);
+            if (keys_[slot] != node) {
+                const OctreeRef& ref = accel_.octree[node];
+                keys_[slot] = node;
+                met_[slot] = rayMeetsBox(ray_.origin, ray_.dir, ref.boxMin, ref.boxMax);
+            }
+            if (!met_[slot]) return false;
+        }
+        return true;
+    }
+
+private:
+    static constexpr int kSlots = 64;
+    const SceneAccel& accel_;
+    const Ray& ray_;
+    int32_t keys_[kSlots];
+    bool met_[kSlots];
+};
+
+constexpr int kStackSize = 160;
+
+struct Candidate {
+    double t;
+    uint32_t seq;
+    const HotTriangle* hot = nullptr;
+    const TriangleSource* source = nullptr;
+};
+
+class NearestSearch {
+public:
+    NearestSearch(const SceneAccel& accel, const Ray& ray, double bound)
+        : accel_(accel), ray_(ray), bound_(bound), boxes_(ray), reach_(accel, ray) {
+        best_.t = bound;
+        best_.seq = UINT32_MAX;
+    }
+
+    const Candidate& run() {
+        for (int32_t i = 0; i < accel_.unboundedCount; ++i) {
+            test(accel_.unbounded[i], accel_.unboundedSources[i]);
+        }
+        if (accel_.nodeCount > 0) traverse();
+        return best_;
+    }
+
+private:
+    void traverse() {
+        int32_t stack[kStackSize];
+        int top = 0;
+        double entry;
+        if (!boxes_.enters(accel_.nodes[0], best_.t, entry)) return;
+        int32_t current = 0;
+        for (;;) {
+            const BvhNode& node = accel_.nodes[current];
+            if (node.count > 0) {
+                for (int32_t i = node.first; i < node.first + node.count; ++i) {
+                    test(accel_.triangles[i], accel_.sources[i]);
+                }
+            } else {
+                double t0, t1;
+                const bool in0 = boxes_.enters(accel_.nodes[node.first], best_.t, t0);
+                const bool in1 = boxes_.enters(accel_.nodes[node.first + 1], best_.t, t1);
+                if (in0 && in1) {
+                    const int32_t nearer = t1 < t0 ? node.first + 1 : node.first;
+                    stack[top++] = nearer == node.first ? node.first + 1 : node.first;
+                    current = nearer;
+                    continue;
+                }
+                if (in0 || in1) {
+                    current = in0 ? node.first : node.first + 1;
+                    continue;
+                }
+            }
+            // Pop the next node that can still hold something nearer.
+            for (;;) {
+                if (top == 0) return;
+                current = stack[--top];
+                if (boxes_.enters(accel_.nodes[current], best_.t, entry)) break;
+            }
+        }
+    }
+
+    void test(const HotTriangle& tri, const TriangleSource& source) {
+        const bool primary = ray_.kind == RayKind::Primary;
+        if (primary && !rectContains(tri.rect, ray_.column, ray_.row)) return;
+        double denom, t;
+        if (!planeParameter(tri.n, tri.dist, tri.twoSided != 0, ray_, denom, t)) return;
+        if (!(t > kHitEps && t < bound_)) return;
+        if (!(t < best_.t || (t == best_.t && tri.seq < best_.seq))) return;
+        double u, v;
+        if (!insideTriangle(tri.p0, tri.a, tri.b, ray_.origin + t * ray_.dir, u, v)) return;
+        if (!primary && !reach_.reaches(source.octreeNode)) return;
+        best_.t = t;
+        best_.seq = tri.seq;
+        best_.hot = &tri;
+        best_.source = &source;
+    }
+
+    const SceneAccel& accel_;
+    const Ray& ray_;
+    const double bound_;
+    const RayBoxes boxes_;
+    WalkReach reach_;
+    Candidate best_;
+};
+
+// The first occluder in walk order after `after` (or from the start) that lies before the
+// segment's end.
+class ShadowSearch {
+public:
+    ShadowSearch(const SceneAccel& accel, const Ray& ray)
+        : accel_(accel), ray_(ray), boxes_(ray), reach_(accel, ray) {}
+
+    bool next(double end, bool started, uint32_t after, Candidate& found) {
+        end_ = end;
+        started_ = started;
+        after_ = after;
+        best_ = Candidate{};
+        best_.seq = UINT32_MAX;
+        for (int32_t i = 0; i < accel_.unboundedCount; ++i) {
+            test(accel_.unbounded[i], accel_.unboundedSources[i]);
+        }
+        if (accel_.nodeCount > 0) traverse();
+        found = best_;
+        return best_.hot != nullptr;
+    }
+
+private:
+    // A subtree matters while it holds walk places after `after` and before the best so far.
+    bool worthEntering(const BvhNode& node) const {
+        if (started_ && node.maxSeq <= after_) return false;
+        if (node.minSeq >= best_.seq) return false;
+        double entry;
+        return boxes_.enters(node, end_, entry);
+    }
+
+    void traverse() {
+        int32_t stack[kStackSize];
+        int top = 0;
+        if (!worthEntering(accel_.nodes[0])) return;
+        int32_t current = 0;
+        for (;;) {
+            const BvhNode& node = accel_.nodes[current];
+            if (node.count > 0) {
+                for (int32_t i = node.first; i < node.first + node.count; ++i) {
+                    test(accel_.triangles[i], accel_.sources[i]);
+                }
+            } else {
+                const int32_t a = node.first, b = node.first + 1;
+                const bool inA = worthEntering(accel_.nodes[a]);
+                const bool inB = worthEntering(accel_.nodes[b]);
+                if (inA && inB) {
+                    // The subtree with the earlier walk places first.
+                    const bool bFirst = accel_.nodes[b].minSeq < accel_.nodes[a].minSeq;
+                    stack[top++] = bFirst ? a : b;
+                    current = bFirst ? b : a;
+                    continue;
+                }
+                if (inA || inB) {
+                    current = inA ? a : b;
+                    continue;
+                }
+            }
+            for (;;) {
+                if (top == 0) return;
+                current = stack[--top];
+                if (worthEntering(accel_.nodes[current])) break;
+            }
+        }
+    }
+
+    void test(const HotTriangle& tri, const TriangleSource& source) {
+        if (started_ && tri.seq <= after_) return;
+        if (tri.seq >= best_.seq) return;
+        double denom, t;
+        if (!planeParameter(tri.n, tri.dist, tri.twoSided != 0, ray_, denom, t)) return;
+        if (!(t > kHitEps && t < end_)) return;
+        double u, v;
+        if (!insideTriangle(tri.p0, tri.a, tri.b, ray_.origin + t * ray_.dir, u, v)) return;
+        if (!source.body->material->castShadow) return;
+        if (!reach_.reaches(source.octreeNode)) return;
+        best_.t = t;
+        best_.seq = tri.seq;
+        best_.hot = &tri;
+        best_.source = &source;
+    }
+
+    const SceneAccel& accel_;
+    const Ray& ray_;
+    const RayBoxes boxes_;
+    WalkReach reach_;
+    double end_ = 0.0;
+    bool started_ = false;
+    uint32_t after_ = 0;
+    Candidate best_;
+};
+
+}  // namespace
+
+SceneAccel* buildAccel(const Scene& scene) {
+    SceneAccel* accel = static_cast<SceneAccel*>(checkedAlloc(sizeof(SceneAccel)));
+    int32_t triangles = 0, octreeNodes = 0;
+    for (const Body* body = scene.bodies; body; body = body->next) {
+        triangles += countTriangles(*body->root);
+        octreeNodes += countOctreeNodes(*body->root);
+    }
+    accel->octree = allocArray<OctreeRef>(octreeNodes);
+    accel->unbounded = allocArray<HotTriangle>(triangles);
+    accel->unboundedSources = allocArray<TriangleSource>(triangles);
+    BuildItem* items = allocArray<BuildItem>(triangles);
+    HotTriangle* hot = allocArray<HotTriangle>(triangles);
+    TriangleSource* sources = allocArray<TriangleSource>(triangles);
+
+    WalkOrder order(*accel, items, hot, sources);
+    for (const Body* body = scene.bodies; body; body = body->next) order.walk(*body->root, *body, -1);
+    const int32_t bounded = order.bounded();
+
+    if (bounded > 0) {
+        int32_t* ids = allocArray<int32_t>(bounded);
+        for (int32_t i = 0; i < bounded; ++i) ids[i] = i;
+        accel->nodes = allocArray<BvhNode>(2 * static_cast<size_t>(bounded));
+        accel->nodeCount = BvhBuilder(items, ids, accel->nodes).build(bounded);
+        accel->triangles = allocArray<HotTriangle>(bounded);
+        accel->sources = allocArray<TriangleSource>(bounded);
+        for (int32_t i = 0; i < bounded; ++i) {
+            accel->triangles[i] = hot[ids[i]];
+            accel->sources[i] = sources[ids[i]];
+        }
+        accel->triangleCount = bounded;
+        checkedFree(ids);
+        setSeqRanges(*accel);
+    }
+    checkedFree(items);
+    checkedFree(hot);
+    checkedFree(sources);
+    return accel;
+}
+
+void freeAccel(SceneAccel* accel) {
+    if (!accel) return;
+    checkedFree(accel->triangles);
+    checkedFree(accel->sources);
+    checkedFree(accel->unbounded);
+    checkedFree(accel->unboundedSources);
+    checkedFree(accel->nodes);
+    checkedFree(accel->octree);
+    checkedFree(accel);
+}
+
+void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit) {
+    const Candidate best = NearestSearch(accel, ray, hit.t).run();
+    if (!best.hot) return;
+    // The winner's numbers once more, from the octree's own record.
+    const Triangle& tri = *best.source->triangle;
+    const Body& body = *best.source->body;
+    double denom = 0, t = 0, u = 0, v = 0;
+    Vec3 x{};
+    rayHitsTriangle(tri, body.twoSided != 0, ray, hit.t, denom, t, x, u, v);
+    recordSurfaceHit(hit, body, tri, denom, t, x, u, v);
+}
+
+bool accelTraceShadow(const SceneAccel& accel, const Ray& ray, Hit& hit) {
+    ShadowSearch search(accel, ray);
+    bool started = false;
+    uint32_t after = 0;
+    Candidate found;
+    while (search.next(hit.t, started, after, found)) {
+        const Body& body = *found.source->body;
+        hit.t = found.t;
+        hit.body = &body;
+        hit.triangle = found.source->triangle;
+        hit.visibility *= 1.0 - body.material->opacity;
+        if (hit.visibility < kHitEps) return true;
+        started = true;
+        after = found.seq;
+    }
+    return false;
+}
+
+int32_t accelTriangleCount(const SceneAccel& accel) { return accel.triangleCount; }
+int32_t accelUnboundedCount(const SceneAccel& accel) { return accel.unboundedCount; }
+
+}  // namespace orv

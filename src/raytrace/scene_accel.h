@@ -1,0 +1,34 @@
+// The production search over a built scene. A bounding volume hierarchy over every triangle
+// that a ray can hit, each triangle carrying its place in the octree walk's order (bodies in
+// list order, each octree depth first, a node's triangles before its children). The searches
+// return exactly what the octree walk returns:
+// - nearest hit: the smallest parameter, of equal parameters the first in walk order;
+// - shadow: occluders taken in walk order, each one only while it lies before the segment's
+//   current end, which it then becomes;
+// and a triangle counts only where the walk would have reached it: inside its screen
+// rectangle for primary rays, inside the box of its octree node and of every node above it
+// for all other rays.
+#pragma once
+
+#include "raytrace/intersect.h"
+#include "raytrace/scene.h"
+
+namespace orv {
+
+struct SceneAccel;
+
+// Built from finished bodies; never null.
+SceneAccel* buildAccel(const Scene& scene);
+void freeAccel(SceneAccel* accel);
+
+// Kinds 0 to 2, with hit.t as the bound; the caller has cleared hit.body and hit.triangle.
+void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit);
+// Kind 3; true when the segment is blocked.
+bool accelTraceShadow(const SceneAccel& accel, const Ray& ray, Hit& hit);
+
+// For measurements: the number of triangles in the hierarchy and of those tested every time
+// (the few whose placement cannot be bounded).
+int32_t accelTriangleCount(const SceneAccel& accel);
+int32_t accelUnboundedCount(const SceneAccel& accel);
+
+}  // namespace orv
