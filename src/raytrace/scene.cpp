@@ -311,11 +311,11 @@ void addTriangle(RenderContext& ctx, const GeometryItem& item) {
     body->root->list = tri;
 }
 
-void finishScene(Scene& scene) {
+void finishScene(Scene& scene, int threads) {
     if (scene.current) finishBody(*scene.current);
     scene.current = nullptr;
     freeAccel(scene.accel);
-    scene.accel = buildAccel(scene);
+    scene.accel = buildAccel(scene, threads);
 }
 
 void freeScene(Scene& scene) {

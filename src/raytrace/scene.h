@@ -82,8 +82,9 @@ struct GeometryItem {
 // The camera of ctx must be set up (setUpCamera) before the first call.
 void addTriangle(RenderContext& ctx, const GeometryItem& item);
 // Finishes the last body and builds the search structure over all bodies; call once after
-// the callback returned 0.
-void finishScene(Scene& scene);
+// the callback returned 0. The search structure's build may share its work among up to
+// `threads` threads.
+void finishScene(Scene& scene, int threads = 1);
 // Frees every body, its octree and a default material it made.
 void freeScene(Scene& scene);
 

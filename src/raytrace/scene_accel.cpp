@@ -2,11 +2,14 @@
 #include "raytrace/scene_accel.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
 #include <limits>
+#include <thread>
+#include <vector>
 
 #include "core/checked_alloc.h"
 #include "raytrace/triangle_hit.h"
@@ -40,10 +43,15 @@ struct OctreeRef {
 
 // A leaf holds count > 0 triangles from first; an inner node has count 0 and its two children
 // at first and first + 1.
+// Boxes in single precision, rounded outwards: two children share a cache line.
 struct BvhNode {
-    double box[2][3];  // minimum and maximum corner
+    float box[2][3];  // minimum and maximum corner
     int32_t first;
     int32_t count;
+};
+
+// The walk places a node's triangles span, for the shadow search.
+struct SeqRange {
     uint32_t minSeq, maxSeq;
 };
 
@@ -64,6 +72,7 @@ struct SceneAccel {
     TriangleSource* unboundedSources = nullptr;
     int32_t unboundedCount = 0;
     BvhNode* nodes = nullptr;
+    SeqRange* seqRanges = nullptr;  // per node
     int32_t nodeCount = 0;
     OctreeRef* octree = nullptr;
 };
@@ -163,14 +172,49 @@ constexpr int kBins = 16;
 constexpr int32_t kMaxLeaf = 4;
 constexpr int kMaxSahDepth = 48;  // deeper nodes split in the middle, keeping the depth bounded
 
+// A node while the hierarchy is built; boxes in double precision until the end.
+struct BuildNode {
+    double box[2][3];
+    int32_t first;
+    int32_t count;
+};
+
 class BvhBuilder {
 public:
-    BvhBuilder(const BuildItem* items, int32_t* ids, BvhNode* nodes)
+    BvhBuilder(const BuildItem* items, int32_t* ids, BuildNode* nodes)
         : items_(items), ids_(ids), nodes_(nodes) {}
 
-    int32_t build(int32_t count) {
+    // Builds over ids_[0, count) with up to `threads` threads; returns the node count.
+    int32_t build(int32_t count, int threads) {
         nodeCount_ = 1;
-        split(0, 0, count, 0);
+        // The top of the tree on this thread until there is a run for every thread to take.
+        std::vector<Task> shared;
+        Task stack[kStackDepth];
+        int top = 0;
+        stack[top++] = Task{0, 0, count, 0};
+        while (top > 0) {
+            const Task task = stack[--top];
+            if (threads > 1 && task.end - task.begin >= kParallelRun &&
+                static_cast<int>(shared.size()) + top < 4 * threads) {
+                Task left, right;
+                if (splitNode(task, left, right)) {
+                    stack[top++] = right;
+                    stack[top++] = left;
+                }
+                continue;
+            }
+            shared.push_back(task);
+        }
+        std::sort(shared.begin(), shared.end(),
+                  [](const Task& a, const Task& b) { return a.end - a.begin > b.end - b.begin; });
+        std::atomic<size_t> next{0};
+        auto work = [&] {
+            for (size_t i; (i = next.fetch_add(1)) < shared.size();) buildSubtree(shared[i]);
+        };
+        std::vector<std::thread> helpers;
+        for (int t = 1; t < threads && shared.size() > 1; ++t) helpers.emplace_back(work);
+        work();
+        for (std::thread& helper : helpers) helper.join();
         return nodeCount_;
     }
 
@@ -178,44 +222,56 @@ private:
     struct Task {
         int32_t node, begin, end, depth;
     };
+    // Each level pushes two tasks and takes one, so the stack never holds more than the
+    // depth, which the middle cuts below kMaxSahDepth keep under 32 more levels.
+    static constexpr int kStackDepth = kMaxSahDepth + 40;
+    static constexpr int32_t kParallelRun = 1 << 15;  // shorter runs stay on one thread
 
-    void split(int32_t rootNode, int32_t rootBegin, int32_t rootEnd, int rootDepth) {
-        Task stack[2 * kMaxSahDepth + 80];
+    void buildSubtree(const Task& root) {
+        Task stack[kStackDepth];
         int top = 0;
-        stack[top++] = Task{rootNode, rootBegin, rootEnd, rootDepth};
+        stack[top++] = root;
         while (top > 0) {
-            const Task task = stack[--top];
-            BvhNode& node = nodes_[task.node];
-            double centres[2][3];
-            emptyBox(node.box);
-            emptyBox(centres);
-            for (int32_t i = task.begin; i < task.end; ++i) {
-                const BuildItem& item = items_[ids_[i]];
-                growBox(node.box, item.box);
-                for (int k = 0; k < 3; ++k) {
-                    centres[0][k] = std::min(centres[0][k], item.centre[k]);
-                    centres[1][k] = std::max(centres[1][k], item.centre[k]);
-                }
+            Task left, right;
+            if (splitNode(stack[--top], left, right)) {
+                stack[top++] = right;
+                stack[top++] = left;
             }
-            const int32_t count = task.end - task.begin;
-            int32_t middle = count <= kMaxLeaf ? task.begin : chooseSplit(task, node, centres);
-            if (middle == task.begin) {
-                node.first = task.begin;
-                node.count = count;
-                continue;
-            }
-            const int32_t left = nodeCount_;
-            nodeCount_ += 2;
-            node.first = left;
-            node.count = 0;
-            stack[top++] = Task{left + 1, middle, task.end, task.depth + 1};
-            stack[top++] = Task{left, task.begin, middle, task.depth + 1};
         }
+    }
+
+    // Sets the node's box and either leaves it a leaf (false) or splits it in two.
+    bool splitNode(const Task& task, Task& left, Task& right) {
+        BuildNode& node = nodes_[task.node];
+        double centres[2][3];
+        emptyBox(node.box);
+        emptyBox(centres);
+        for (int32_t i = task.begin; i < task.end; ++i) {
+            const BuildItem& item = items_[ids_[i]];
+            growBox(node.box, item.box);
+            for (int k = 0; k < 3; ++k) {
+                centres[0][k] = std::min(centres[0][k], item.centre[k]);
+                centres[1][k] = std::max(centres[1][k], item.centre[k]);
+            }
+        }
+        const int32_t count = task.end - task.begin;
+        const int32_t middle = count <= kMaxLeaf ? task.begin : chooseSplit(task, node, centres);
+        if (middle == task.begin) {
+            node.first = task.begin;
+            node.count = count;
+            return false;
+        }
+        const int32_t first = nodeCount_.fetch_add(2);
+        node.first = first;
+        node.count = 0;
+        left = Task{first, task.begin, middle, task.depth + 1};
+        right = Task{first + 1, middle, task.end, task.depth + 1};
+        return true;
     }
 
     // Where to cut ids_[begin, end): the surface area heuristic over binned centres, or the
     // middle when it finds no cut; begin when the node should stay a leaf.
-    int32_t chooseSplit(const Task& task, const BvhNode& node, const double centres[2][3]) {
+    int32_t chooseSplit(const Task& task, const BuildNode& node, const double centres[2][3]) {
         const int32_t count = task.end - task.begin;
         const int32_t middle = task.begin + count / 2;
         if (task.depth >= kMaxSahDepth) return middle;
@@ -290,8 +346,8 @@ private:
 
     const BuildItem* items_;
     int32_t* ids_;
-    BvhNode* nodes_;
-    int32_t nodeCount_ = 0;
+    BuildNode* nodes_;
+    std::atomic<int32_t> nodeCount_{0};
 };
 
 HotTriangle hotCopy(const Triangle& tri, bool twoSided, uint32_t seq) {
@@ -362,22 +418,35 @@ int32_t countTriangles(const OctreeNode& node) {
     return n;
 }
 
-void setSeqRanges(SceneAccel& accel) {
+// The final nodes: boxes rounded outwards to single precision, and each node's walk places.
+void finishNodes(SceneAccel& accel, const BuildNode* built) {
+    for (int32_t i = 0; i < accel.nodeCount; ++i) {
+        BvhNode& node = accel.nodes[i];
+        node.first = built[i].first;
+        node.count = built[i].count;
+        for (int k = 0; k < 3; ++k) {
+            const double lo = built[i].box[0][k], hi = built[i].box[1][k];
+            float flo = static_cast<float>(lo), fhi = static_cast<float>(hi);
+            if (flo > lo) flo = std::nextafter(flo, -std::numeric_limits<float>::infinity());
+            if (fhi < hi) fhi = std::nextafter(fhi, std::numeric_limits<float>::infinity());
+            node.box[0][k] = flo;
+            node.box[1][k] = fhi;
+        }
+    }
     // Children always come after their parent, so one backward pass sees them first.
     for (int32_t i = accel.nodeCount - 1; i >= 0; --i) {
-        BvhNode& node = accel.nodes[i];
+        const BvhNode& node = accel.nodes[i];
+        SeqRange& range = accel.seqRanges[i];
         if (node.count > 0) {
-            node.minSeq = UINT32_MAX;
-            node.maxSeq = 0;
+            range = SeqRange{UINT32_MAX, 0};
             for (int32_t k = node.first; k < node.first + node.count; ++k) {
-                node.minSeq = std::min(node.minSeq, accel.triangles[k].seq);
-                node.maxSeq = std::max(node.maxSeq, accel.triangles[k].seq);
+                range.minSeq = std::min(range.minSeq, accel.triangles[k].seq);
+                range.maxSeq = std::max(range.maxSeq, accel.triangles[k].seq);
             }
         } else {
-            const BvhNode& l = accel.nodes[node.first];
-            const BvhNode& r = accel.nodes[node.first + 1];
-            node.minSeq = std::min(l.minSeq, r.minSeq);
-            node.maxSeq = std::max(l.maxSeq, r.maxSeq);
+            const SeqRange& l = accel.seqRanges[node.first];
+            const SeqRange& r = accel.seqRanges[node.first + 1];
+            range = SeqRange{std::min(l.minSeq, r.minSeq), std::max(l.maxSeq, r.maxSeq)};
         }
     }
 }
@@ -404,11 +473,11 @@ struct RayBoxes {
 
     // Entry parameter when the ray's span (0, bound] meets the node's box, else NaN-free false.
     bool enters(const BvhNode& node, double bound, double& entry) const {
-        double tmin = (node.box[nearSide[0]][0] - nearOrigin[0]) * inv[0];
-        double tmax = (node.box[1 - nearSide[0]][0] - farOrigin[0]) * inv[0];
+        double tmin = (double{node.box[nearSide[0]][0]} - nearOrigin[0]) * inv[0];
+        double tmax = (double{node.box[1 - nearSide[0]][0]} - farOrigin[0]) * inv[0];
         for (int k = 1; k < 3; ++k) {
-            const double tn = (node.box[nearSide[k]][k] - nearOrigin[k]) * inv[k];
-            const double tf = (node.box[1 - nearSide[k]][k] - farOrigin[k]) * inv[k];
+            const double tn = (double{node.box[nearSide[k]][k]} - nearOrigin[k]) * inv[k];
+            const double tf = (double{node.box[1 - nearSide[k]][k]} - farOrigin[k]) * inv[k];
             if (tn > tmin) tmin = tn;
             if (tf < tmax) tmax = tf;
         }
@@ -558,17 +627,18 @@ public:
 
 private:
     // A subtree matters while it holds walk places after `after` and before the best so far.
-    bool worthEntering(const BvhNode& node) const {
-        if (started_ && node.maxSeq <= after_) return false;
-        if (node.minSeq >= best_.seq) return false;
+    bool worthEntering(int32_t index) const {
+        const SeqRange& range = accel_.seqRanges[index];
+        if (started_ && range.maxSeq <= after_) return false;
+        if (range.minSeq >= best_.seq) return false;
         double entry;
-        return boxes_.enters(node, end_, entry);
+        return boxes_.enters(accel_.nodes[index], end_, entry);
     }
 
     void traverse() {
         int32_t stack[kStackSize];
         int top = 0;
-        if (!worthEntering(accel_.nodes[0])) return;
+        if (!worthEntering(0)) return;
         int32_t current = 0;
         for (;;) {
             const BvhNode& node = accel_.nodes[current];
@@ -578,11 +648,11 @@ private:
                 }
             } else {
                 const int32_t a = node.first, b = node.first + 1;
-                const bool inA = worthEntering(accel_.nodes[a]);
-                const bool inB = worthEntering(accel_.nodes[b]);
+                const bool inA = worthEntering(a);
+                const bool inB = worthEntering(b);
                 if (inA && inB) {
                     // The subtree with the earlier walk places first.
-                    const bool bFirst = accel_.nodes[b].minSeq < accel_.nodes[a].minSeq;
+                    const bool bFirst = accel_.seqRanges[b].minSeq < accel_.seqRanges[a].minSeq;
                     stack[top++] = bFirst ? a : b;
                     current = bFirst ? b : a;
                     continue;
@@ -595,7 +665,7 @@ private:
             for (;;) {
                 if (top == 0) return;
                 current = stack[--top];
-                if (worthEntering(accel_.nodes[current])) break;
+                if (worthEntering(current)) break;
             }
         }
     }
@@ -628,7 +698,7 @@ private:
 
 }  // namespace
 
-SceneAccel* buildAccel(const Scene& scene) {
+SceneAccel* buildAccel(const Scene& scene, int threads) {
     SceneAccel* accel = static_cast<SceneAccel*>(checkedAlloc(sizeof(SceneAccel)));
     int32_t triangles = 0, octreeNodes = 0;
     for (const Body* body = scene.bodies; body; body = body->next) {
@@ -649,8 +719,10 @@ SceneAccel* buildAccel(const Scene& scene) {
     if (bounded > 0) {
         int32_t* ids = allocArray<int32_t>(bounded);
         for (int32_t i = 0; i < bounded; ++i) ids[i] = i;
-        accel->nodes = allocArray<BvhNode>(2 * static_cast<size_t>(bounded));
-        accel->nodeCount = BvhBuilder(items, ids, accel->nodes).build(bounded);
+        BuildNode* built = allocArray<BuildNode>(2 * static_cast<size_t>(bounded));
+        accel->nodeCount = BvhBuilder(items, ids, built).build(bounded, threads);
+        accel->nodes = allocArray<BvhNode>(accel->nodeCount);
+        accel->seqRanges = allocArray<SeqRange>(accel->nodeCount);
         accel->triangles = allocArray<HotTriangle>(bounded);
         accel->sources = allocArray<TriangleSource>(bounded);
         for (int32_t i = 0; i < bounded; ++i) {
@@ -659,7 +731,8 @@ SceneAccel* buildAccel(const Scene& scene) {
         }
         accel->triangleCount = bounded;
         checkedFree(ids);
-        setSeqRanges(*accel);
+        finishNodes(*accel, built);
+        checkedFree(built);
     }
     checkedFree(items);
     checkedFree(hot);
@@ -674,6 +747,7 @@ void freeAccel(SceneAccel* accel) {
     checkedFree(accel->unbounded);
     checkedFree(accel->unboundedSources);
     checkedFree(accel->nodes);
+    checkedFree(accel->seqRanges);
     checkedFree(accel->octree);
     checkedFree(accel);
 }

@@ -17,8 +17,8 @@ namespace orv {
 
 struct SceneAccel;
 
-// Built from finished bodies; never null.
-SceneAccel* buildAccel(const Scene& scene);
+// Built from finished bodies, by up to `threads` threads; never null.
+SceneAccel* buildAccel(const Scene& scene, int threads);
 void freeAccel(SceneAccel* accel);
 
 // Kinds 0 to 2, with hit.t as the bound; the caller has cleared hit.body and hit.triangle.
