@@ -520,6 +520,14 @@ private:
 
 constexpr int kStackSize = 160;
 
+// The triangle test on the copied record: true with the parameter when 1e-6 < t < bound.
+bool hotTriangleHit(const HotTriangle& tri, const Ray& ray, double bound, double& t) {
+    double denom, u, v;
+    if (!planeParameter(tri.n, tri.dist, tri.twoSided != 0, ray, denom, t)) return false;
+    if (!(t > kHitEps && t < bound)) return false;
+    return insideTriangle(tri.p0, tri.a, tri.b, ray.origin + t * ray.dir, u, v);
+}
+
 struct Candidate {
     double t;
     uint32_t seq;
@@ -583,17 +591,11 @@ private:
     void test(const HotTriangle& tri, const TriangleSource& source) {
         const bool primary = ray_.kind == RayKind::Primary;
         if (primary && !rectContains(tri.rect, ray_.column, ray_.row)) return;
-        double denom, t;
-        if (!planeParameter(tri.n, tri.dist, tri.twoSided != 0, ray_, denom, t)) return;
-        if (!(t > kHitEps && t < bound_)) return;
+        double t;
+        if (!hotTriangleHit(tri, ray_, bound_, t)) return;
         if (!(t < best_.t || (t == best_.t && tri.seq < best_.seq))) return;
-        double u, v;
-        if (!insideTriangle(tri.p0, tri.a, tri.b, ray_.origin + t * ray_.dir, u, v)) return;
         if (!primary && !reach_.reaches(source.octreeNode)) return;
-        best_.t = t;
-        best_.seq = tri.seq;
-        best_.hot = &tri;
-        best_.source = &source;
+        best_ = Candidate{t, tri.seq, &tri, &source};
     }
 
     const SceneAccel& accel_;
@@ -673,17 +675,11 @@ private:
     void test(const HotTriangle& tri, const TriangleSource& source) {
         if (started_ && tri.seq <= after_) return;
         if (tri.seq >= best_.seq) return;
-        double denom, t;
-        if (!planeParameter(tri.n, tri.dist, tri.twoSided != 0, ray_, denom, t)) return;
-        if (!(t > kHitEps && t < end_)) return;
-        double u, v;
-        if (!insideTriangle(tri.p0, tri.a, tri.b, ray_.origin + t * ray_.dir, u, v)) return;
+        double t;
+        if (!hotTriangleHit(tri, ray_, end_, t)) return;
         if (!source.body->material->castShadow) return;
         if (!reach_.reaches(source.octreeNode)) return;
-        best_.t = t;
-        best_.seq = tri.seq;
-        best_.hot = &tri;
-        best_.source = &source;
+        best_ = Candidate{t, tri.seq, &tri, &source};
     }
 
     const SceneAccel& accel_;
