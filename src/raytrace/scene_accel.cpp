@@ -130,7 +130,7 @@ bool acceptedBounds(const Triangle& tri, double lo[3], double hi[3]) {
 
 // No ray can ever pass this triangle's test (collinear corners, or a zero or NaN normal).
 bool neverHit(const Triangle& tri) {
-    const double w[8] = {tri.a.x, tri.a.y, tri.a.z, tri.b.x, tri.b.y, tri.b.z, tri.dist, 0.0};
+    const double w[7] = {tri.a.x, tri.a.y, tri.a.z, tri.b.x, tri.b.y, tri.b.z, tri.dist};
     for (double x : w) {
         if (std::isnan(x)) return true;
     }
@@ -493,11 +493,13 @@ struct RayBoxes {
 // Whether the octree walk reaches a node for this ray: its box and every box above it met.
 class WalkReach {
 public:
-    WalkReach(const SceneAccel& accel, const Ray& ray) : accel_(accel), ray_(ray) {
-        std::memset(keys_, 0xff, sizeof keys_);
-    }
+    WalkReach(const SceneAccel& accel, const Ray& ray) : accel_(accel), ray_(ray) {}
 
     bool reaches(int32_t node) {
+        if (!cleared_) {  // primary rays never ask, so they never pay for the clearing
+            std::memset(keys_, 0xff, sizeof keys_);
+            cleared_ = true;
+        }
         for (; node >= 0; node = accel_.octree[node].parent) {
             const int slot = node & (kSlots - 1);
             if (keys_[slot] != node) {
@@ -514,6 +516,7 @@ private:
     static constexpr int kSlots = 64;
     const SceneAccel& accel_;
     const Ray& ray_;
+    bool cleared_ = false;
     int32_t keys_[kSlots];
     bool met_[kSlots];
 };
@@ -531,9 +534,43 @@ bool hotTriangleHit(const HotTriangle& tri, const Ray& ray, double bound, double
 struct Candidate {
     double t;
     uint32_t seq;
-    const HotTriangle* hot = nullptr;
-    const TriangleSource* source = nullptr;
+    const TriangleSource* source = nullptr;  // null: nothing found
 };
+
+// Depth first over the hierarchy. enter(index, key) tells whether a node can still matter and
+// gives its key; of two children that matter the smaller key goes first, and a deferred node is
+// asked again when its turn comes. Leaves hand each triangle's index to visit.
+template <typename Enter, typename Visit>
+void walkHierarchy(const SceneAccel& accel, Enter enter, Visit visit) {
+    int32_t stack[kStackSize];
+    int top = 0;
+    double key0, key1;
+    if (accel.nodeCount == 0 || !enter(0, key0)) return;
+    int32_t current = 0;
+    for (;;) {
+        const BvhNode& node = accel.nodes[current];
+        if (node.count > 0) {
+            for (int32_t i = node.first; i < node.first + node.count; ++i) visit(i);
+        } else {
+            const bool in0 = enter(node.first, key0);
+            const bool in1 = enter(node.first + 1, key1);
+            if (in0 && in1) {
+                const bool secondFirst = key1 < key0;
+                stack[top++] = secondFirst ? node.first : node.first + 1;
+                current = secondFirst ? node.first + 1 : node.first;
+                continue;
+            }
+            if (in0 || in1) {
+                current = in0 ? node.first : node.first + 1;
+                continue;
+            }
+        }
+        do {
+            if (top == 0) return;
+            current = stack[--top];
+        } while (!enter(current, key0));
+    }
+}
 
 class NearestSearch {
 public:
@@ -547,47 +584,17 @@ public:
         for (int32_t i = 0; i < accel_.unboundedCount; ++i) {
             test(accel_.unbounded[i], accel_.unboundedSources[i]);
         }
-        if (accel_.nodeCount > 0) traverse();
+        // Nearest box first; a box is worth entering while it can hold something as near.
+        walkHierarchy(
+            accel_,
+            [this](int32_t i, double& entry) {
+                return boxes_.enters(accel_.nodes[i], best_.t, entry);
+            },
+            [this](int32_t i) { test(accel_.triangles[i], accel_.sources[i]); });
         return best_;
     }
 
 private:
-    void traverse() {
-        int32_t stack[kStackSize];
-        int top = 0;
-        double entry;
-        if (!boxes_.enters(accel_.nodes[0], best_.t, entry)) return;
-        int32_t current = 0;
-        for (;;) {
-            const BvhNode& node = accel_.nodes[current];
-            if (node.count > 0) {
-                for (int32_t i = node.first; i < node.first + node.count; ++i) {
-                    test(accel_.triangles[i], accel_.sources[i]);
-                }
-            } else {
-                double t0, t1;
-                const bool in0 = boxes_.enters(accel_.nodes[node.first], best_.t, t0);
-                const bool in1 = boxes_.enters(accel_.nodes[node.first + 1], best_.t, t1);
-                if (in0 && in1) {
-                    const int32_t nearer = t1 < t0 ? node.first + 1 : node.first;
-                    stack[top++] = nearer == node.first ? node.first + 1 : node.first;
-                    current = nearer;
-                    continue;
-                }
-                if (in0 || in1) {
-                    current = in0 ? node.first : node.first + 1;
-                    continue;
-                }
-            }
-            // Pop the next node that can still hold something nearer.
-            for (;;) {
-                if (top == 0) return;
-                current = stack[--top];
-                if (boxes_.enters(accel_.nodes[current], best_.t, entry)) break;
-            }
-        }
-    }
-
     void test(const HotTriangle& tri, const TriangleSource& source) {
         const bool primary = ray_.kind == RayKind::Primary;
         if (primary && !rectContains(tri.rect, ray_.column, ray_.row)) return;
@@ -595,7 +602,7 @@ private:
         if (!hotTriangleHit(tri, ray_, bound_, t)) return;
         if (!(t < best_.t || (t == best_.t && tri.seq < best_.seq))) return;
         if (!primary && !reach_.reaches(source.octreeNode)) return;
-        best_ = Candidate{t, tri.seq, &tri, &source};
+        best_ = Candidate{t, tri.seq, &source};
     }
 
     const SceneAccel& accel_;
@@ -622,9 +629,16 @@ public:
         for (int32_t i = 0; i < accel_.unboundedCount; ++i) {
             test(accel_.unbounded[i], accel_.unboundedSources[i]);
         }
-        if (accel_.nodeCount > 0) traverse();
+        // The subtree with the earlier walk places first.
+        walkHierarchy(
+            accel_,
+            [this](int32_t i, double& firstPlace) {
+                firstPlace = accel_.seqRanges[i].minSeq;
+                return worthEntering(i);
+            },
+            [this](int32_t i) { test(accel_.triangles[i], accel_.sources[i]); });
         found = best_;
-        return best_.hot != nullptr;
+        return best_.source != nullptr;
     }
 
 private:
@@ -637,41 +651,6 @@ private:
         return boxes_.enters(accel_.nodes[index], end_, entry);
     }
 
-    void traverse() {
-        int32_t stack[kStackSize];
-        int top = 0;
-        if (!worthEntering(0)) return;
-        int32_t current = 0;
-        for (;;) {
-            const BvhNode& node = accel_.nodes[current];
-            if (node.count > 0) {
-                for (int32_t i = node.first; i < node.first + node.count; ++i) {
-                    test(accel_.triangles[i], accel_.sources[i]);
-                }
-            } else {
-                const int32_t a = node.first, b = node.first + 1;
-                const bool inA = worthEntering(a);
-                const bool inB = worthEntering(b);
-                if (inA && inB) {
-                    // The subtree with the earlier walk places first.
-                    const bool bFirst = accel_.seqRanges[b].minSeq < accel_.seqRanges[a].minSeq;
-                    stack[top++] = bFirst ? a : b;
-                    current = bFirst ? b : a;
-                    continue;
-                }
-                if (inA || inB) {
-                    current = inA ? a : b;
-                    continue;
-                }
-            }
-            for (;;) {
-                if (top == 0) return;
-                current = stack[--top];
-                if (worthEntering(current)) break;
-            }
-        }
-    }
-
     void test(const HotTriangle& tri, const TriangleSource& source) {
         if (started_ && tri.seq <= after_) return;
         if (tri.seq >= best_.seq) return;
@@ -679,7 +658,7 @@ private:
         if (!hotTriangleHit(tri, ray_, end_, t)) return;
         if (!source.body->material->castShadow) return;
         if (!reach_.reaches(source.octreeNode)) return;
-        best_ = Candidate{t, tri.seq, &tri, &source};
+        best_ = Candidate{t, tri.seq, &source};
     }
 
     const SceneAccel& accel_;
@@ -750,7 +729,7 @@ void freeAccel(SceneAccel* accel) {
 
 void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit) {
     const Candidate best = NearestSearch(accel, ray, hit.t).run();
-    if (!best.hot) return;
+    if (!best.source) return;
     // The winner's numbers once more, from the octree's own record.
     const Triangle& tri = *best.source->triangle;
     const Body& body = *best.source->body;
