@@ -162,7 +162,7 @@ struct Library {
             for (int k = 0; k < 3; ++k) std::memcpy(item.cornerNormals + 3 * k, face, sizeof face);
             orv::addTriangle(ctx, item);
         }
-        orv::finishScene(ctx.scene, threads);
+        orv::finishScene(ctx, threads);
     }
 
     std::vector<uint32_t> render(int threads, const orv::Intersector& with) {

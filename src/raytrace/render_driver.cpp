@@ -71,7 +71,7 @@ void collectScene(RenderContext& ctx, const RaytraceRequest& request) {
         if (!more) break;
         addTriangle(ctx, item);
     }
-    finishScene(ctx.scene, raytraceThreadCount());
+    finishScene(ctx, raytraceThreadCount());
 }
 
 // ---- The worker ----

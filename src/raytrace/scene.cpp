@@ -311,11 +311,15 @@ void addTriangle(RenderContext& ctx, const GeometryItem& item) {
     body->root->list = tri;
 }
 
-void finishScene(Scene& scene, int threads) {
+void finishScene(RenderContext& ctx, int threads) {
+    Scene& scene = ctx.scene;
     if (scene.current) finishBody(*scene.current);
     scene.current = nullptr;
     freeAccel(scene.accel);
-    scene.accel = buildAccel(scene, threads);
+    const PrimaryView view{ctx.eye, ScreenRect{-ctx.centreX, -ctx.centreY,
+                                               ctx.width - 1 - ctx.centreX,
+                                               ctx.height - 1 - ctx.centreY}};
+    scene.accel = buildAccel(scene, threads, &view);
 }
 
 void freeScene(Scene& scene) {

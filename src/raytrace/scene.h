@@ -81,10 +81,10 @@ struct GeometryItem {
 // Adds one delivered triangle to ctx.scene, starting a new body when the item says so.
 // The camera of ctx must be set up (setUpCamera) before the first call.
 void addTriangle(RenderContext& ctx, const GeometryItem& item);
-// Finishes the last body and builds the search structure over all bodies; call once after
-// the callback returned 0. The search structure's build may share its work among up to
-// `threads` threads.
-void finishScene(Scene& scene, int threads = 1);
+// Finishes the last body of ctx.scene and builds the search structure over all bodies, for
+// primary rays of ctx's camera and image; call once after the callback returned 0. The
+// search structure's build may share its work among up to `threads` threads.
+void finishScene(RenderContext& ctx, int threads = 1);
 // Frees every body, its octree and a default material it made.
 void freeScene(Scene& scene);
 

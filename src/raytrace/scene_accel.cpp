@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/checked_alloc.h"
+#include "raytrace/primary_tiles.h"
 #include "raytrace/triangle_hit.h"
 
 namespace orv {
@@ -75,6 +76,9 @@ struct SceneAccel {
     SeqRange* seqRanges = nullptr;  // per node
     int32_t nodeCount = 0;
     OctreeRef* octree = nullptr;
+    // Primary rays' candidates: index i < triangleCount is triangles[i], the others
+    // unbounded[i - triangleCount].
+    PrimaryTiles tiles;
 };
 
 namespace {
@@ -451,6 +455,42 @@ void finishNodes(SceneAccel& accel, const BuildNode* built) {
     }
 }
 
+// No hit from `eye` on a triangle whose accepted points lie in the box has a smaller
+// parameter (unit directions; the hit point is computed from the parameter, and the margins
+// cover its rounding); rounded down to single precision.
+float nearestParameter(const double box[2][3], const Vec3& eye) {
+    const double e[3] = {eye.x, eye.y, eye.z};
+    double squared = 0.0, magnitude = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        const double gap = std::max({box[0][k] - e[k], e[k] - box[1][k], 0.0});
+        squared += gap * gap;
+        magnitude = std::max(magnitude, std::fabs(e[k]));
+    }
+    const double bound = std::sqrt(squared) * (1.0 - 1e-9) - 1e-9 * (1.0 + magnitude);
+    if (!(bound > 0.0)) return 0.0f;
+    float f = static_cast<float>(bound);
+    if (f > bound) f = std::nextafter(f, 0.0f);
+    return f;
+}
+
+void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
+                const PrimaryView& view, int threads) {
+    const int32_t count = accel.triangleCount + accel.unboundedCount;
+    ScreenRect* rects = allocArray<ScreenRect>(count);
+    float* nearest = allocArray<float>(count);
+    for (int32_t i = 0; i < accel.triangleCount; ++i) {
+        rects[i] = accel.triangles[i].rect;
+        nearest[i] = nearestParameter(items[ids[i]].box, view.eye);
+    }
+    for (int32_t i = 0; i < accel.unboundedCount; ++i) {
+        rects[accel.triangleCount + i] = accel.unbounded[i].rect;
+        nearest[accel.triangleCount + i] = 0.0f;
+    }
+    buildPrimaryTiles(accel.tiles, view.image, rects, nearest, count, threads);
+    checkedFree(rects);
+    checkedFree(nearest);
+}
+
 // ---- The searches ----
 
 // The ray's constants for box tests against boxes widened by a margin that covers rounding
@@ -613,6 +653,27 @@ private:
     Candidate best_;
 };
 
+// A primary ray's nearest hit among the triangles listed for its tile, nearest first.
+Candidate searchTile(const SceneAccel& accel, const Ray& ray, double bound, const TileEntry* e,
+                     const TileEntry* end) {
+    const int32_t x = (ray.column - accel.tiles.image.x0) & ((1 << kTileShift) - 1);
+    const int32_t y = (ray.row - accel.tiles.image.y0) & ((1 << kTileShift) - 1);
+    Candidate best;
+    best.t = bound;
+    best.seq = UINT32_MAX;
+    for (; e != end && !(double{e->nearest} > best.t); ++e) {
+        if (!entryHolds(*e, x, y)) continue;
+        const bool inHierarchy = e->triangle < accel.triangleCount;
+        const int32_t i = inHierarchy ? e->triangle : e->triangle - accel.triangleCount;
+        const HotTriangle& tri = inHierarchy ? accel.triangles[i] : accel.unbounded[i];
+        double t;
+        if (!hotTriangleHit(tri, ray, bound, t)) continue;
+        if (!(t < best.t || (t == best.t && tri.seq < best.seq))) continue;
+        best = Candidate{t, tri.seq, inHierarchy ? &accel.sources[i] : &accel.unboundedSources[i]};
+    }
+    return best;
+}
+
 // The first occluder in walk order after `after` (or from the start) that lies before the
 // segment's end.
 class ShadowSearch {
@@ -673,7 +734,7 @@ private:
 
 }  // namespace
 
-SceneAccel* buildAccel(const Scene& scene, int threads) {
+SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view) {
     SceneAccel* accel = static_cast<SceneAccel*>(checkedAlloc(sizeof(SceneAccel)));
     int32_t triangles = 0, octreeNodes = 0;
     for (const Body* body = scene.bodies; body; body = body->next) {
@@ -691,8 +752,8 @@ SceneAccel* buildAccel(const Scene& scene, int threads) {
     for (const Body* body = scene.bodies; body; body = body->next) order.walk(*body->root, *body, -1);
     const int32_t bounded = order.bounded();
 
+    int32_t* ids = allocArray<int32_t>(bounded);
     if (bounded > 0) {
-        int32_t* ids = allocArray<int32_t>(bounded);
         for (int32_t i = 0; i < bounded; ++i) ids[i] = i;
         BuildNode* built = allocArray<BuildNode>(2 * static_cast<size_t>(bounded));
         accel->nodeCount = BvhBuilder(items, ids, built).build(bounded, threads);
@@ -705,10 +766,11 @@ SceneAccel* buildAccel(const Scene& scene, int threads) {
             accel->sources[i] = sources[ids[i]];
         }
         accel->triangleCount = bounded;
-        checkedFree(ids);
         finishNodes(*accel, built);
         checkedFree(built);
     }
+    if (view) buildTiles(*accel, items, ids, *view, threads);
+    checkedFree(ids);
     checkedFree(items);
     checkedFree(hot);
     checkedFree(sources);
@@ -724,11 +786,16 @@ void freeAccel(SceneAccel* accel) {
     checkedFree(accel->nodes);
     checkedFree(accel->seqRanges);
     checkedFree(accel->octree);
+    freePrimaryTiles(accel->tiles);
     checkedFree(accel);
 }
 
 void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit) {
-    const Candidate best = NearestSearch(accel, ray, hit.t).run();
+    const TileEntry *first, *last;
+    const bool tiled = ray.kind == RayKind::Primary &&
+                       tileOf(accel.tiles, ray.column, ray.row, first, last);
+    const Candidate best = tiled ? searchTile(accel, ray, hit.t, first, last)
+                                 : NearestSearch(accel, ray, hit.t).run();
     if (!best.source) return;
     // The winner's numbers once more, from the octree's own record.
     const Triangle& tri = *best.source->triangle;

@@ -17,8 +17,16 @@ namespace orv {
 
 struct SceneAccel;
 
-// Built from finished bodies, by up to `threads` threads; never null.
-SceneAccel* buildAccel(const Scene& scene, int threads);
+// What every primary ray shares: its origin, and the pixels (relative to the image centre)
+// that it can be traced for.
+struct PrimaryView {
+    Vec3 eye;
+    ScreenRect image;
+};
+
+// Built from finished bodies, by up to `threads` threads; never null. With a view, primary
+// rays of its pixels search lists per screen tile instead of the hierarchy.
+SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view);
 void freeAccel(SceneAccel* accel);
 
 // Kinds 0 to 2, with hit.t as the bound; the caller has cleared hit.body and hit.triangle.

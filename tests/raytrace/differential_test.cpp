@@ -62,7 +62,7 @@ public:
         makeLights();
         const int bodies = 1 + rng_.below(6);
         for (int b = 0; b < bodies; ++b) addBody();
-        orv::finishScene(ctx_.scene);
+        orv::finishScene(ctx_);
     }
     ~RandomScene() { orv::freeScene(ctx_.scene); }
 
@@ -208,7 +208,11 @@ Ray randomRay(RandomScene& scene, double& bound) {
     const int kind = rng.below(4);
     bound = 1e99;
     if (kind == 0) {
-        const int column = rng.below(ctx.width), row = rng.below(ctx.height);
+        // Mostly pixels of the image (searched by screen tiles), sometimes just beyond it
+        // (searched by the hierarchy).
+        const int beyond = rng.chance(0.1) ? 3 : 0;
+        const int column = rng.below(ctx.width + 2 * beyond) - beyond;
+        const int row = rng.below(ctx.height + 2 * beyond) - beyond;
         const double jitter = rng.chance(0.5) ? 0.0 : rng.range(-0.5, 0.5);
         const Vec3 dir = orv::primaryDirection(ctx, orv::screenX(ctx, column + jitter),
                                                orv::screenY(ctx, row + jitter));

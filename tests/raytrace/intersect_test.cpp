@@ -16,7 +16,7 @@ class IntersectTest : public RaytraceFixture {};
 TEST_F(IntersectTest, GrazingRaysAreAcceptedWithinTheEdgeTolerance) {
     // Corner p0 at the origin, so u and v are the hit's x and y.
     addBody(material(), {0, 0, 0}, {1, 0, 0}, {0, 1, 0});
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     const struct {
         double x, y;
         bool hit;
@@ -37,7 +37,7 @@ TEST_F(IntersectTest, GrazingRaysAreAcceptedWithinTheEdgeTolerance) {
 
 TEST_F(IntersectTest, SingleSidedTriangleFromBehindIsInvisibleButBlocksShadowRays) {
     addBody(material(), {0, 0, 0}, {1, 0, 0}, {0, 1, 0});  // faces +z
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     const Vec3 below{0.2, 0.2, -1}, above{0.2, 0.2, 1};
     const Vec3 up{0, 0, 1}, down{0, 0, -1};
     const struct {
@@ -72,7 +72,7 @@ TEST_F(IntersectTest, ShadowVisibilityMultipliesAlongASegmentThatShortens) {
             const double z = (i == 0) == c.farAddedLast ? 1.0 : 2.0;
             addBody(material(0.5), {-1, -1, z}, {1, -1, z}, {0, 1, z});
         }
-        orv::finishScene(ctx.scene);
+        orv::finishScene(ctx);
         Hit hit;
         hit.t = 10.0 - 1e-6;
         EXPECT_FALSE(orv::traceShadow(ctx.scene, {{0, 0, 0}, {0, 0, 1}, RayKind::Shadow}, hit));
@@ -82,7 +82,7 @@ TEST_F(IntersectTest, ShadowVisibilityMultipliesAlongASegmentThatShortens) {
 
 TEST_F(IntersectTest, OpaqueOccluderBlocksAndNamesItselfForTheCache) {
     addBody(material(), {-1, -1, 1}, {1, -1, 1}, {0, 1, 1});
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     const Ray ray{{0, 0, 0}, {0, 0, 1}, RayKind::Shadow};
     Hit hit;
     hit.t = 3.0;
@@ -104,7 +104,7 @@ TEST_F(IntersectTest, NearestHitWinsAndInterpolatesCornerNormals) {
     item.faceNormal[2] = 1;
     orv::addTriangle(ctx, item);
     addToBody({0, 0, 0.5}, {1, 0, 0.5}, {0, 1, 0.5});  // nearer to a ray from above
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     Hit hit;
     ASSERT_TRUE(orv::findNearest(ctx.scene, {{0.5, 0, 2}, {0, 0, -1}, RayKind::Reflection}, hit));
     EXPECT_EQ(1.5, hit.t);

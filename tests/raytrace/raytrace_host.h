@@ -85,7 +85,7 @@ inline RgbImage referenceImage(int32_t width, int32_t height) {
                      item.corners, item.cornerNormals, item.faceNormal);
         orv::addTriangle(ctx, item);
     }
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
 
     RgbImage image;
     std::vector<uint32_t> above(width + 2), row(width + 2), below(width + 2);

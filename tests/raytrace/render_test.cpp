@@ -51,7 +51,7 @@ TEST_F(RenderTest, LitQuadInFrontOfTheBackground) {
         add(item, tri[0], tri[1], tri[2]);
         item.newBody = 0;
     }
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
 
     uint32_t rows[24][34];
     for (int r = 0; r < 24; ++r) ASSERT_TRUE(orv::traceRow(ctx, r, rows[r], nullptr, nullptr));

@@ -24,7 +24,7 @@ TEST_F(SceneTest, TrianglesBeforeTheFirstNewBodyAreDropped) {
     EXPECT_EQ(nullptr, ctx.scene.bodies);
     addBody(material(), {0, 0, 0}, {1, 0, 0}, {0, 1, 0});
     addToBody({0, 0, 1}, {1, 0, 1}, {0, 1, 1});
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     ASSERT_EQ(1, countBodies(ctx.scene));
     const orv::OctreeNode& root = *ctx.scene.bodies->root;
     int total = root.triangleCount;
@@ -40,7 +40,7 @@ TEST_F(SceneTest, DegenerateOnlyBodyHasEmptyRootAndIsNeverHit) {
     };
     addBody(material(), corners[0][0], corners[0][1], corners[0][2]);
     for (int i = 1; i < 3; ++i) addToBody(corners[i][0], corners[i][1], corners[i][2]);
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     const orv::OctreeNode& root = *ctx.scene.bodies->root;
     EXPECT_EQ(0, root.triangleCount);
     EXPECT_EQ(nullptr, root.triangles);
@@ -58,7 +58,7 @@ TEST_F(SceneTest, TriangleOnAnOctantFaceGoesToTheFirstOctantInOrder) {
     addBody(material(), {0, 0, 0}, {2, 2, 0}, {0, 2, 2});
     addToBody({1, 0.1, 0.1}, {1, 0.5, 0.1}, {1, 0.1, 0.5});
     addToBody({1.5, 0.1, 0.1}, {1.9, 0.1, 0.1}, {1.5, 0.4, 0.1});
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     const orv::OctreeNode& root = *ctx.scene.bodies->root;
     EXPECT_EQ(1, root.triangleCount);
     ASSERT_EQ(2, root.childCount);
@@ -99,7 +99,7 @@ TEST_F(SceneTest, QuickRenderDropsOffImageAndTurnedAwayTriangles) {
     addToBody({0, 0, 0}, {0, 1, 0}, {1, 0, 0});               // turned away
     addToBody({50, 0, 0}, {51, 0, 0}, {50, 1, 0});            // off the image
     addBody(material(), {0, 0, 0}, {0, 1, 0}, {1, 0, 0}, 1);  // two-sided: kept
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     EXPECT_EQ(1, ctx.scene.bodies->root->triangleCount);
     EXPECT_EQ(1, ctx.scene.bodies->next->root->triangleCount);
 }
@@ -110,7 +110,7 @@ TEST_F(SceneTest, DefaultMaterialFromColourAndOpacity) {
     item.colour = 0x00336699;  // red 0x99, green 0x66, blue 0x33
     item.opacity = 3.0;
     add(item, {0, 0, 0}, {1, 0, 0}, {0, 1, 0});
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     const orv::Body& body = *ctx.scene.bodies;
     ASSERT_TRUE(body.ownsMaterial);
     const Mat& m = *body.material;

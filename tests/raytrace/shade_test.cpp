@@ -118,7 +118,7 @@ TEST_F(ShadeTest, SpotTurnedAwayGivesNoDiffuseButItsHighlight) {
 TEST_F(ShadeTest, ShadowsUseTheCacheForTheFirstHundredLights) {
     Mat* occluder = material();
     addBody(occluder, {-1, -1, 1}, {1, -1, 1}, {0, 1, 1});
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     Lgt* lights[102] = {};
     for (int k = 0; k < 101; ++k) lights[k] = light(2, {0, 0, 2}, {0, 0, 0}, 1);
     ctx.lights = lights;
@@ -161,7 +161,7 @@ TEST_F(ShadeTest, RefractionIndexOneContinuesUndeflected) {
     target->ambient = Vec3{1, 0, 0};
     addBody(pane, {-2, -2, 0}, {2, -2, 0}, {0, 2, 0});
     addBody(target, {0.95, -0.05, -1}, {1.05, -0.05, -1}, {1, 0.05, -1});
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     Vec3 dir{1, 0, -1};
     orv::normalise(dir);
     const struct {
@@ -181,7 +181,7 @@ TEST_F(ShadeTest, GrazingExitTotallyReflectsWeightedByReflectivity) {
     Mat* target = plain();
     target->ambient = Vec3{0, 1, 0};
     addBody(target, {4, -1, -1}, {6, -1, -1}, {5, 1, -1}, 1);
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     Mat* glass = material(0.0);
     glass->refraction = 1.5;
     Vec3 dir{1, 0, 0.2};
@@ -197,7 +197,7 @@ TEST_F(ShadeTest, RecursionStopsAtDepthTenAndInQuickRender) {
     Mat* target = plain();
     target->ambient = Vec3{0, 0, 1};
     addBody(target, {0.5, -0.5, 1}, {1.5, -0.5, 1}, {1, 0.5, 1}, 1);
-    orv::finishScene(ctx.scene);
+    orv::finishScene(ctx);
     Mat* mirror = plain();
     mirror->reflection = 1;
     Vec3 dir{1, 0, -1};
