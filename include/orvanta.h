@@ -12,6 +12,7 @@
  *   4. Records: creation, disposal, blocks, names and the family-specific setters
  *   5. Kinematics: the host's object-tree callbacks and the joint tree
  *   6. Raytracing
+ *   7. Textures: bitmap files and text made into a slot's square image
  *
  * Every record is a fixed-size block packed on 4-byte boundaries; hosts store the blocks byte
  * for byte in their documents, so the layouts below are a storage format. A record handle is
@@ -419,6 +420,31 @@ ORVANTA_API int32_t RaytraceToDevice2(void* dc, const double eye[3], const doubl
                                       OrvRowCallback rowCallback, void* rowUser);
 /** Worker threads of later renders: 0 one per core, default 2; the image stays the same. */
 ORVANTA_API int32_t SetRaytraceThreads(int32_t n);
+
+/* ---------------------------------------------------------------------------------------- */
+/* 7. Textures: bitmap files and text made into a slot's square image                       */
+/*    A slot's image is square, a power of two on the edge (at least 2, at most 8192), RGBA  */
+/*    with alpha 255, bottom row first, with the slot's mirrorX, mirrorY, inverted and grey  */
+/*    already applied. The pixels are replaced under the library's lock, so a viewer may    */
+/*    draw the material meanwhile. slot: 0 surface, 1 reflection, 2 transparency,          */
+/*    3 structure.                                                                          */
+/* ---------------------------------------------------------------------------------------- */
+
+/** Loads a Windows bitmap file (*.bmp: 1, 4, 8, 16, 24 or 32 bits, RLE4 and RLE8, OS/2 and
+ *  V4/V5 headers) into a slot, as the texture page's image button does: builds the square
+ *  image, sets source = 1 and imagePath = path (at most 255 characters). A picture that is not
+ *  square is padded with black to the right or downward (pad 1), cut to its top-left square
+ *  (pad 0), or the user is asked (pad -1, which also stores the answer in padded). Shows no
+ *  message on failure. Returns 1, or 0 when the file cannot be read or the user cancels; the
+ *  slot then keeps its previous pixels and fields. */
+ORVANTA_API int32_t LoadMatTexture(Mat* mat, int32_t slot, const char* path, int32_t pad);
+
+/** Rebuilds a slot's pixels after a change of source, grey, inverted, mirrorX or mirrorY:
+ *  frees them, then reads imagePath again (source 1, padding as the stored padded says) or
+ *  draws the text (source 2; Windows only, the Linux library returns 0). Never asks and shows
+ *  no message. Returns 1 when the slot holds what its source asks for (no pixels for source
+ *  0), else 0, with no pixels. */
+ORVANTA_API int32_t RebuildMatTexture(Mat* mat, int32_t slot);
 
 #ifdef __cplusplus
 } /* extern "C" */

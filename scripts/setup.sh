@@ -9,7 +9,7 @@ packages=(
   wine64 xvfb xauth x11-utils imagemagick
   libgl1-mesa-dri libosmesa6-dev libglu1-mesa-dev
   libgtest-dev libgmock-dev googletest libbenchmark-dev
-  libstb-dev libtinyobjloader-dev libembree-dev
+  libstb-dev libpng-dev libtinyobjloader-dev libembree-dev
 )
 
 missing=()

@@ -28,7 +28,8 @@ start)
   export DISPLAY=":$(cat "$session/display")"
   [ -f "$WINEPREFIX/system.reg" ] || echo "creating the Wine prefix $WINEPREFIX"
   mkdir -p "$WINEPREFIX"
-  "$wineserver" -p </dev/null >/dev/null 2>&1
+  # A server of the prefix may run already (a Wine program started it): keep that one.
+  "$wineserver" -p </dev/null >/dev/null 2>&1 || true
   # Start the prefix's services now, with their output detached: started by a test program,
   # they would inherit its output and hold CTest's pipe open after the program ends.
   "$wine" wineboot --init </dev/null >/dev/null 2>&1 || true

@@ -1,0 +1,216 @@
+// Load image and Rebuild on a slot, with message 118 on failure and the slot keeping its
+// pixels; LoadMatTexture and RebuildMatTexture as a host calls them.
+#include "appearance/texture_image.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "appearance/bmp_writer.h"
+#include "appearance/box_recorder.h"
+#include "appearance/texture_build.h"
+#include "core/records.h"
+#include "orvanta.h"
+
+namespace {
+
+// Bitmap files in the temporary folder, removed at the end.
+class TextureFiles : public ::testing::Test {
+protected:
+    std::string write(const std::string& name, const BmpFile& file) {
+        const std::string path = testing::TempDir() + "orvanta-texture-" + name;
+        EXPECT_TRUE(file.write(path));
+        written_.push_back(path);
+        return path;
+    }
+    std::string writeBytes(const std::string& name, const Bytes& bytes) {
+        const std::string path = testing::TempDir() + "orvanta-texture-" + name;
+        FILE* f = std::fopen(path.c_str(), "wb");
+        if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), f);
+        std::fclose(f);
+        written_.push_back(path);
+        return path;
+    }
+    void TearDown() override {
+        for (const std::string& path : written_) std::remove(path.c_str());
+    }
+
+private:
+    std::vector<std::string> written_;
+};
+
+struct Material {
+    Mat mat;
+    Material() { orv::setBuiltInDefaults(mat); }
+    ~Material() {
+        for (OrvTextureSlot& s : mat.slots) orv::freeTexturePixels(s);
+    }
+    // Byte c of texel i, row 0 the bottom row.
+    uint8_t byte(int slot, size_t i, int c) const { return mat.slots[slot].pixels[4 * i + c]; }
+};
+
+// Red left half, blue right half, 4 x 2 (not square).
+const BmpFile kHalves = bmp24(4, 2, [](int x, int) { return x < 2 ? 0xFF0000u : 0x0000FFu; });
+const BmpFile kRed = bmp24(2, 2, [](int, int) { return 0xFF0000u; });
+
+TEST_F(TextureFiles, LoadImageBuildsTheSlot) {
+    const std::string path = write("red.bmp", kRed);
+    Material m;
+    const BoxRecorder boxes(orv::kIdOk);
+    ASSERT_EQ(orv::loadTextureImage(m.mat.slots[0], path.c_str(), true, false, nullptr), 1);
+    EXPECT_TRUE(BoxRecorder::shown().empty());
+    const OrvTextureSlot& s = m.mat.slots[0];
+    EXPECT_EQ(s.side, 2u);
+    EXPECT_EQ(s.pixelBytes, 16u);
+    EXPECT_EQ(s.source, 0u);  // the page sets source and path, not the load
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(m.byte(0, i, 0), 255);
+        EXPECT_EQ(m.byte(0, i, 1), 0);
+        EXPECT_EQ(m.byte(0, i, 2), 0);
+        EXPECT_EQ(m.byte(0, i, 3), 255);
+    }
+}
+
+TEST_F(TextureFiles, SlotsOneToThreeLoadAsGrey) {
+    const std::string path = write("red.bmp", kRed);
+    Material m;
+    for (int slot = 0; slot < 4; ++slot) {
+        ASSERT_EQ(orv::loadTextureImage(m.mat.slots[slot], path.c_str(), false, true, nullptr), 1);
+        const uint8_t red = slot == 0 ? 255 : 85, other = slot == 0 ? 0 : 85;
+        EXPECT_EQ(m.byte(slot, 0, 0), red) << slot;
+        EXPECT_EQ(m.byte(slot, 0, 1), other) << slot;
+        EXPECT_EQ(m.byte(slot, 0, 2), other) << slot;
+    }
+}
+
+TEST_F(TextureFiles, FailuresShowMessage118AndKeepThePixels) {
+    BmpFile shortFile = kRed;
+    shortFile.pixels.resize(5);
+    Bytes notBm = kRed.bytes();
+    notBm[0] = 'X';
+    const std::string cases[] = {
+        testing::TempDir() + "orvanta-texture-missing.bmp",
+        writeBytes("notbm.bmp", notBm),
+        write("short.bmp", shortFile),
+        writeBytes("empty.bmp", {}),
+    };
+    const std::string good = write("halves.bmp", kHalves);
+    for (const std::string& path : cases) {
+        SCOPED_TRACE(path);
+        Material m;
+        m.mat.slots[0].padded = 1;
+        ASSERT_EQ(orv::loadTextureImage(m.mat.slots[0], good.c_str(), false, true, nullptr), 1);
+        const uint8_t* before = m.mat.slots[0].pixels;
+        const BoxRecorder boxes(orv::kIdOk);
+        EXPECT_EQ(orv::loadTextureImage(m.mat.slots[0], path.c_str(), true, false, nullptr), 0);
+        ASSERT_EQ(BoxRecorder::shown().size(), 1u);
+        EXPECT_EQ(BoxRecorder::shown()[0].caption, "Bild laden");
+        EXPECT_EQ(BoxRecorder::shown()[0].text, BoxRecorder::text(118));
+        EXPECT_EQ(BoxRecorder::shown()[0].text.rfind("Die Datei kann nicht ge", 0), 0u);
+        EXPECT_EQ(BoxRecorder::shown()[0].style, orv::kMbOk | orv::kMbIconExclamation);
+        EXPECT_EQ(+m.mat.slots[0].pixels, before);
+        EXPECT_EQ(m.mat.slots[0].side, 4u);
+
+        BoxRecorder::shown().clear();  // quiet: the same failure without a box
+        EXPECT_EQ(orv::loadTextureImage(m.mat.slots[0], path.c_str(), true, true, nullptr), 0);
+        EXPECT_TRUE(BoxRecorder::shown().empty());
+    }
+}
+
+TEST_F(TextureFiles, CancelInTheQuestionShowsNothingElse) {
+    const std::string path = write("halves.bmp", kHalves);
+    Material m;
+    const BoxRecorder boxes(orv::kIdCancel);
+    EXPECT_EQ(orv::loadTextureImage(m.mat.slots[0], path.c_str(), true, false, nullptr), 0);
+    EXPECT_EQ(BoxRecorder::shown().size(), 1u);  // the question only
+    EXPECT_EQ(+m.mat.slots[0].pixels, nullptr);
+}
+
+TEST_F(TextureFiles, RebuildFollowsTheSourceAndTheBakedFlags) {
+    const std::string path = write("halves.bmp", kHalves);
+    Material m;
+    OrvTextureSlot& s = m.mat.slots[0];
+    ASSERT_EQ(orv::loadSlotImage(s, path.c_str(), 1), 1);
+    ASSERT_EQ(s.side, 4u);
+    EXPECT_EQ(m.byte(0, 15, 0), 0);  // top right texel: blue
+    EXPECT_EQ(m.byte(0, 15, 2), 255);
+
+    s.mirrorX = 1, s.inverted = 1;
+    EXPECT_EQ(orv::rebuildTexture(s, false, nullptr), 1);
+    EXPECT_EQ(m.byte(0, 15, 0), 0);  // now red at the top right, inverted: (0, 255, 255)
+    EXPECT_EQ(m.byte(0, 15, 1), 255);
+    EXPECT_EQ(m.byte(0, 15, 2), 255);
+    for (int c = 0; c < 3; ++c)  // bottom left: padding black, inverted to white
+        EXPECT_EQ(m.byte(0, 0, c), 255);
+
+    s.padded = 0;  // the stored answer decides: the left 2 x 2 square
+    EXPECT_EQ(orv::rebuildTexture(s, false, nullptr), 1);
+    EXPECT_EQ(s.side, 2u);
+
+    s.source = 0;
+    EXPECT_EQ(orv::rebuildTexture(s, false, nullptr), 1);
+    EXPECT_EQ(+s.pixels, nullptr);
+    EXPECT_EQ(s.pixelBytes, 0u);
+
+    s.source = 1;  // a file that went away: no pixels after a rebuild, and message 118
+    std::strcpy(s.imagePath, (testing::TempDir() + "orvanta-texture-gone.bmp").c_str());
+    const BoxRecorder boxes(orv::kIdOk);
+    EXPECT_EQ(orv::rebuildTexture(s, false, nullptr), 0);
+    EXPECT_EQ(+s.pixels, nullptr);
+    EXPECT_EQ(BoxRecorder::shown().size(), 1u);
+    s.imagePath[0] = '\0';
+    EXPECT_EQ(orv::rebuildTexture(s, false, nullptr), 0);
+}
+
+TEST_F(TextureFiles, HostLoadSetsSourceAndPathOnlyOnSuccess) {
+    const std::string good = write("halves.bmp", kHalves);
+    Mat* mat = CreateMat("host");
+    OrvTextureSlot& s = mat->slots[2];
+    EXPECT_EQ(LoadMatTexture(mat, 2, good.c_str(), 0), 1);
+    EXPECT_EQ(s.source, 1u);
+    EXPECT_STREQ(s.imagePath, good.c_str());
+    EXPECT_EQ(s.padded, 0u);
+    EXPECT_EQ(s.side, 2u);
+    EXPECT_EQ(IsMatTexture(mat), 0);  // slot 2 is not the surface
+
+    const std::string missing = testing::TempDir() + "orvanta-texture-none.bmp";
+    EXPECT_EQ(LoadMatTexture(mat, 2, missing.c_str(), 1), 0);  // no box: the export is quiet
+    EXPECT_STREQ(s.imagePath, good.c_str());
+    EXPECT_EQ(s.padded, 0u);
+    EXPECT_EQ(s.side, 2u);
+
+    EXPECT_EQ(LoadMatTexture(mat, 2, std::string(256, 'x').c_str(), 1), 0);  // too long
+    EXPECT_EQ(LoadMatTexture(mat, 4, good.c_str(), 1), 0);
+    EXPECT_EQ(LoadMatTexture(mat, -1, good.c_str(), 1), 0);
+
+    EXPECT_EQ(LoadMatTexture(mat, 2, good.c_str(), 1), 1);
+    EXPECT_EQ(s.side, 4u);
+    s.grey = 0;
+    EXPECT_EQ(RebuildMatTexture(mat, 2), 1);
+    EXPECT_EQ(s.side, 4u);  // padded was stored by the load
+    EXPECT_EQ(s.pixels[4 * 15 + 2], 255);  // top right: blue, no longer grey
+
+    // A material block carries the rebuilt image.
+    uint32_t size = 0;
+    GetMat(mat, nullptr, &size);
+    EXPECT_EQ(size, 6300u + 64u);
+    DisposeMat(mat);
+}
+
+TEST_F(TextureFiles, TextTexturesNeedWindows) {
+    Mat* mat = CreateMat("text");
+    mat->slots[0].source = 2;
+    std::strcpy(mat->slots[0].text, "Orvanta");
+#ifdef _WIN32
+    EXPECT_EQ(RebuildMatTexture(mat, 0), 1);
+    EXPECT_EQ(mat->slots[0].side, 256u);
+#else
+    EXPECT_EQ(RebuildMatTexture(mat, 0), 0);
+    EXPECT_EQ(+mat->slots[0].pixels, nullptr);
+#endif
+    DisposeMat(mat);
+}
+
+}  // namespace
