@@ -333,6 +333,21 @@ ORVANTA_API int32_t MatEqual(const void* a, int32_t aIsBlock, const void* b, int
 /** Expert mode: material editors opened from now on show one page per texture slot. */
 ORVANTA_API int32_t SetExpertMode(int32_t on);
 
+/** Writes the link's info text ("Key=value;" fields, zero values left out) into text, which
+ *  must hold GetLnkInfoSize(lnk) bytes. Returns 1. */
+ORVANTA_API int32_t GetLnkInfo(Lnk* lnk, char* text);
+/** The length GetLnkInfo will write, terminator included. */
+ORVANTA_API uint32_t GetLnkInfoSize(const Lnk* lnk);
+/** Sets every field the link info text carries from text; absent fields become 0. Returns 1
+ *  when the text has an "RDP=" field, else 0. Point counts are kept as given, but only the
+ *  256 points of each table are read. */
+ORVANTA_API int32_t PutLnkInfo(Lnk* lnk, const char* text);
+/** Writes the transmission's info text ("Active=", "Invert=", the four ratios). Returns 1. */
+ORVANTA_API int32_t GetTrnInfo(Trn* trn, char* text);
+/** Sets active, invert and the ratios from text (absent: 0). Returns 1 when the text has a
+ *  "RotLin=" field, else 0. */
+ORVANTA_API int32_t PutTrnInfo(Trn* trn, const char* text);
+
 /** The transmission's driven link and its host object. */
 ORVANTA_API uint64_t TrnTarget(const Trn* trn);
 ORVANTA_API uint64_t ObjOfTrn(const Trn* trn);
