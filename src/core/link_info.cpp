@@ -92,7 +92,7 @@ void writeLnkInfo(const Lnk& lnk, InfoWriter& out) {
         const int count = std::min(drive.count, kInfoPointsPerAxis);
         for (int i = 1; i <= count; ++i) {
             const OrvPhase& phase = drive.phases[i - 1];
-            char key[kPointKeys][8];
+            char key[kPointKeys][16];
             for (int k = 0; k < kPointKeys; ++k)
                 std::snprintf(key[k], sizeof key[k], "%c%c%i=", kAxisLetter[axis],
                               kPointLetter[k], i);

@@ -1,6 +1,7 @@
 // The kinematic exports: link and transmission info texts, the host callbacks, KinematicInit and
 // the joint-tree walk.
 #include "core/info_text.h"
+#include "kinematics/animation.h"
 #include "kinematics/host_callbacks.h"
 #include "kinematics/joint_tree.h"
 #include "kinematics/kinematic_init.h"
@@ -51,6 +52,10 @@ ORVANTA_API void* NextJnt(void* node, void* previousJoint, void** childNode, uin
         if (childBody) *childBody = joint->child->body;
     }
     return joint;
+}
+
+ORVANTA_API int32_t Animation(double time, int32_t collisionCheck) {
+    return orv::animation(time, collisionCheck);
 }
 
 ORVANTA_API uint64_t LnkTarget(const Lnk* lnk) {
