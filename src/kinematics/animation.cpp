@@ -61,21 +61,25 @@ void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
     for (const SceneLink& sceneLink : scene.links) {
         Lnk& link = *sceneLink.record;
         if (!link.lin && !link.rot) continue;
+        // The record's fields are packed: work on copies.
         const double oldLin = link.linOffset, oldRot = link.rotOffset;
+        double lin = oldLin, rot = oldRot;
         if (link.lin) {
-            evaluateDrive(link.linDrive, time, link.linOffset);
-            if (link.linOffset != oldLin && link.rot && link.coupled && link.ratio != 0.0)
-                link.rotOffset += (link.linOffset - oldLin) * link.ratio;
+            evaluateDrive(link.linDrive, time, lin);
+            if (lin != oldLin && link.rot && link.coupled && link.ratio != 0.0)
+                rot += (lin - oldLin) * link.ratio;
         }
         if (link.rot) {
-            const double before = link.rotOffset;
-            evaluateDrive(link.rotDrive, time, link.rotOffset);
-            if (link.rotOffset != before && link.lin && link.coupled && link.ratio != 0.0)
-                link.linOffset += (link.rotOffset - before) / link.ratio;
+            const double before = rot;
+            evaluateDrive(link.rotDrive, time, rot);
+            if (rot != before && link.lin && link.coupled && link.ratio != 0.0)
+                lin += (rot - before) / link.ratio;
         }
-        if (link.linOffset != oldLin || link.rotOffset != oldRot) {
+        link.linOffset = lin;
+        link.rotOffset = rot;
+        if (lin != oldLin || rot != oldRot) {
             moved.assign(1, &link);
-            propagate(host, &link, link.linOffset - oldLin, link.rotOffset - oldRot, moved);
+            propagate(host, &link, lin - oldLin, rot - oldRot, moved);
         }
     }
 }

@@ -34,17 +34,17 @@ bool findReal(const char* text, const char* key, double* target, NumberReaders n
     return value != nullptr;
 }
 
-// Record fields are packed on 4 bytes: go through locals.
-void intField(const char* text, const char* key, int32_t& field, NumberReaders numbers) {
+// Record fields are packed on 4 bytes: values go through locals.
+int32_t intField(const char* text, const char* key, NumberReaders numbers) {
     int32_t v;
     findInt(text, key, &v, numbers);
-    field = v;
+    return v;
 }
 
-void realField(const char* text, const char* key, double& field, NumberReaders numbers) {
+double realField(const char* text, const char* key, NumberReaders numbers) {
     double v;
     findReal(text, key, &v, numbers);
-    field = v;
+    return v;
 }
 
 bool readAxis(OrvDrive& drive, const char* text, char axis, NumberReaders numbers) {
@@ -53,11 +53,10 @@ bool readAxis(OrvDrive& drive, const char* text, char axis, NumberReaders number
     int32_t count;
     const bool counted = findInt(text, key, &count, numbers);
     drive.count = count;
-    const int32_t limit = counted ? count : 10;
+    const int32_t limit = counted ? (count < 256 ? count : 256) : 10;
     int32_t i = 1;
     for (; i <= limit; ++i) {
-        OrvPhase scratch{};
-        OrvPhase& phase = i <= 256 ? drive.phases[i - 1] : scratch;
+        OrvPhase& phase = drive.phases[i - 1];
         double t, w;
         int32_t f, h;
         std::snprintf(key, sizeof key, "%cT%i=", axis, i);
@@ -84,40 +83,40 @@ NumberReaders libraryNumbers() { return {orv::infoAtoi, orv::infoAtof}; }
 NumberReaders runtimeNumbers() { return {runtimeAtoi, runtimeAtof}; }
 
 int32_t literalPutLnkInfo(Lnk& lnk, const char* text, NumberReaders numbers) {
-    intField(text, "Lin=", lnk.lin, numbers);
-    intField(text, "Rot=", lnk.rot, numbers);
-    intField(text, "Coupled=", lnk.coupled, numbers);
-    intField(text, "Follow=", lnk.follow, numbers);
-    intField(text, "CollCheck=", lnk.collCheck, numbers);
-    realField(text, "LinMin=", lnk.linMin, numbers);
-    realField(text, "LinMax=", lnk.linMax, numbers);
-    realField(text, "LinCur=", lnk.linCur, numbers);
-    realField(text, "LinStep=", lnk.linStep, numbers);
-    realField(text, "RotMin=", lnk.rotMin, numbers);
-    realField(text, "RotMax=", lnk.rotMax, numbers);
-    realField(text, "RotCur=", lnk.rotCur, numbers);
-    realField(text, "RotStep=", lnk.rotStep, numbers);
-    realField(text, "Ratio=", lnk.ratio, numbers);
-    intField(text, "LinDrive=", lnk.linDrive.on, numbers);
-    intField(text, "RotDrive=", lnk.rotDrive.on, numbers);
-    intField(text, "LDI=", lnk.linDrive.inverse, numbers);
-    intField(text, "RDI=", lnk.rotDrive.inverse, numbers);
-    intField(text, "LDC=", lnk.linDrive.cyclic, numbers);
-    intField(text, "RDC=", lnk.rotDrive.cyclic, numbers);
-    realField(text, "LDD=", lnk.linDrive.damping, numbers);
-    realField(text, "RDD=", lnk.rotDrive.damping, numbers);
-    intField(text, "LDF=", lnk.linDrive.stretch, numbers);
-    intField(text, "RDF=", lnk.rotDrive.stretch, numbers);
+    lnk.lin = intField(text, "Lin=", numbers);
+    lnk.rot = intField(text, "Rot=", numbers);
+    lnk.coupled = intField(text, "Coupled=", numbers);
+    lnk.follow = intField(text, "Follow=", numbers);
+    lnk.collCheck = intField(text, "CollCheck=", numbers);
+    lnk.linMin = realField(text, "LinMin=", numbers);
+    lnk.linMax = realField(text, "LinMax=", numbers);
+    lnk.linCur = realField(text, "LinCur=", numbers);
+    lnk.linStep = realField(text, "LinStep=", numbers);
+    lnk.rotMin = realField(text, "RotMin=", numbers);
+    lnk.rotMax = realField(text, "RotMax=", numbers);
+    lnk.rotCur = realField(text, "RotCur=", numbers);
+    lnk.rotStep = realField(text, "RotStep=", numbers);
+    lnk.ratio = realField(text, "Ratio=", numbers);
+    lnk.linDrive.on = intField(text, "LinDrive=", numbers);
+    lnk.rotDrive.on = intField(text, "RotDrive=", numbers);
+    lnk.linDrive.inverse = intField(text, "LDI=", numbers);
+    lnk.rotDrive.inverse = intField(text, "RDI=", numbers);
+    lnk.linDrive.cyclic = intField(text, "LDC=", numbers);
+    lnk.rotDrive.cyclic = intField(text, "RDC=", numbers);
+    lnk.linDrive.damping = realField(text, "LDD=", numbers);
+    lnk.rotDrive.damping = realField(text, "RDD=", numbers);
+    lnk.linDrive.stretch = intField(text, "LDF=", numbers);
+    lnk.rotDrive.stretch = intField(text, "RDF=", numbers);
     readAxis(lnk.linDrive, text, 'L', numbers);
     return readAxis(lnk.rotDrive, text, 'R', numbers) ? 1 : 0;
 }
 
 int32_t literalPutTrnInfo(Trn& trn, const char* text, NumberReaders numbers) {
-    intField(text, "Active=", trn.active, numbers);
-    intField(text, "Invert=", trn.invert, numbers);
-    realField(text, "LinLin=", trn.linLin, numbers);
-    realField(text, "LinRot=", trn.linRot, numbers);
-    realField(text, "RotRot=", trn.rotRot, numbers);
+    trn.active = intField(text, "Active=", numbers);
+    trn.invert = intField(text, "Invert=", numbers);
+    trn.linLin = realField(text, "LinLin=", numbers);
+    trn.linRot = realField(text, "LinRot=", numbers);
+    trn.rotRot = realField(text, "RotRot=", numbers);
     double v;
     const bool found = findReal(text, "RotLin=", &v, numbers);
     trn.rotLin = v;

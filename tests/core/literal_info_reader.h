@@ -6,7 +6,7 @@
 // The number readers are parameters: the library's own (which read as the Windows runtime
 // does) or the C runtime's atoi and atof, which under Windows are the reference themselves.
 // Texts must be shorter than 32,768 characters. Unlike the original, points beyond the 256 of
-// a table are looked up but not stored.
+// a table are not looked up (the original wrote them past the table).
 #pragma once
 
 #include <cstdint>

@@ -31,6 +31,15 @@ struct Host {
     std::vector<std::pair<uint64_t, uint64_t>> collisionAsks;
     uint64_t collidingA = 0, collidingB = 0;
 
+    // The library frees the path arrays it made when a link drops its path.
+    ~Host() {
+        for (Lnk& l : links) {
+            const OrvVec3 a = l.axisA, b = l.axisB;
+            if (l.pathCount > 0)
+                SetLnk(&l, &a, &b, nullptr, 0, l.sourceBody, l.targetBody, l.linkObject);
+        }
+    }
+
     uint64_t add(uint64_t parent, const char* name = "") {
         objects.push_back({});
         const uint64_t id = objects.size() - 1;
