@@ -334,6 +334,21 @@ ORVANTA_API int32_t MatEqual(const void* a, int32_t aIsBlock, const void* b, int
 /** Expert mode: material editors opened from now on show one page per texture slot. */
 ORVANTA_API int32_t SetExpertMode(int32_t on);
 
+/** Writes the link's info text ("Key=value;" fields, zero values left out) into text, which
+ *  must hold GetLnkInfoSize(lnk) bytes. Returns 1. */
+ORVANTA_API int32_t GetLnkInfo(Lnk* lnk, char* text);
+/** The length GetLnkInfo will write, terminator included. */
+ORVANTA_API uint32_t GetLnkInfoSize(const Lnk* lnk);
+/** Sets every field the link info text carries from text; absent fields become 0. Returns 1
+ *  when the text has an "RDP=" field, else 0. Point counts are kept as given, but only the
+ *  256 points of each table are read. */
+ORVANTA_API int32_t PutLnkInfo(Lnk* lnk, const char* text);
+/** Writes the transmission's info text ("Active=", "Invert=", the four ratios). Returns 1. */
+ORVANTA_API int32_t GetTrnInfo(Trn* trn, char* text);
+/** Sets active, invert and the ratios from text (absent: 0). Returns 1 when the text has a
+ *  "RotLin=" field, else 0. */
+ORVANTA_API int32_t PutTrnInfo(Trn* trn, const char* text);
+
 /** The transmission's driven link and its host object. */
 ORVANTA_API uint64_t TrnTarget(const Trn* trn);
 ORVANTA_API uint64_t ObjOfTrn(const Trn* trn);
@@ -379,6 +394,11 @@ ORVANTA_API void* NextFix(void* previousCell, void** node, uint64_t* fixedBody);
  *  receive its child node, the link's host object and the child's body. */
 ORVANTA_API void* NextJnt(void* node, void* previousJoint, void** childNode, uint64_t* linkObject,
                           uint64_t* childBody);
+/** Advances every drive to time, passes the changes on through couplings and transmissions,
+ *  sets every moved body's matrix down the joint tree, tests the follower loops and, with
+ *  collisionCheck nonzero, asks CheckCollision about pairs of second-level objects. Returns 0,
+ *  1 when a follower loop stays open, or 2 when a collision was found. */
+ORVANTA_API int32_t Animation(double time, int32_t collisionCheck);
 /** The link's target body, its host object, and whether it is a follower. */
 ORVANTA_API uint64_t LnkTarget(const Lnk* lnk);
 ORVANTA_API uint64_t ObjOfLnk(const Lnk* lnk);

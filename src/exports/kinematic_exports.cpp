@@ -1,10 +1,19 @@
-// The kinematic exports: the host callbacks, KinematicInit and the joint-tree walk.
+// The kinematic exports: link and transmission info texts, the host callbacks, KinematicInit and
+// the joint-tree walk.
+#include "core/info_text.h"
+#include "kinematics/animation.h"
 #include "kinematics/host_callbacks.h"
 #include "kinematics/joint_tree.h"
 #include "kinematics/kinematic_init.h"
 #include "orvanta.h"
 
 extern "C" {
+
+ORVANTA_API int32_t GetLnkInfo(Lnk* lnk, char* text) { return orv::getLnkInfo(*lnk, text), 1; }
+ORVANTA_API uint32_t GetLnkInfoSize(const Lnk* lnk) { return orv::lnkInfoSize(*lnk); }
+ORVANTA_API int32_t PutLnkInfo(Lnk* lnk, const char* text) { return orv::putLnkInfo(*lnk, text); }
+ORVANTA_API int32_t GetTrnInfo(Trn* trn, char* text) { return orv::getTrnInfo(*trn, text), 1; }
+ORVANTA_API int32_t PutTrnInfo(Trn* trn, const char* text) { return orv::putTrnInfo(*trn, text); }
 
 ORVANTA_API OrvEndUpdateFn KinematicCallback(
     OrvFirstChildFn firstChild, OrvNextSiblingFn nextSibling, OrvParentFn parent,
@@ -43,6 +52,10 @@ ORVANTA_API void* NextJnt(void* node, void* previousJoint, void** childNode, uin
         if (childBody) *childBody = joint->child->body;
     }
     return joint;
+}
+
+ORVANTA_API int32_t Animation(double time, int32_t collisionCheck) {
+    return orv::animation(time, collisionCheck);
 }
 
 ORVANTA_API uint64_t LnkTarget(const Lnk* lnk) {

@@ -1,0 +1,243 @@
+// Contents: drives and transmissions; the solve (resets, composition, loops, reference body);
+// the collision test; the step.
+#include "kinematics/animation.h"
+
+#include <cstring>
+
+#include "kinematics/checked_allocator.h"
+#include "kinematics/drive.h"
+#include "kinematics/host_scene.h"
+#include "kinematics/joint_tree.h"
+#include "kinematics/link_transform.h"
+
+namespace orv {
+
+namespace {
+
+// ---- Drives and transmissions ----------------------------------------------------------------
+
+// Passes a change of one link's offsets on through the transmissions of its host object, and
+// on from each driven link. A wave moves every link at most once: a transmission never drives
+// a link that the wave has already moved (the link it started from included), so a circle of
+// transmissions ends.
+void propagate(const HostCallbacks& host, Lnk* link, double dLin, double dRot,
+               CheckedVector<const Lnk*>& moved) {
+    if (!host.firstTrn || !host.nextTrn || !host.trnRecord || !host.linkRecord) return;
+    for (uint64_t item = host.firstTrn(link->linkObject); item; item = host.nextTrn(item)) {
+        const Trn* trn = host.trnRecord(item);
+        if (!trn || !trn->active || !trn->source || !trn->target) continue;
+        Lnk* source = host.linkRecord(trn->source);
+        Lnk* target = host.linkRecord(trn->target);
+        if (!source || !target) continue;
+        double lin = 0.0, rot = 0.0;
+        Lnk* driven = nullptr;
+        if (source == link) {
+            driven = target;
+            lin = dLin * trn->linLin + dRot * trn->rotLin;
+            rot = dRot * trn->rotRot + dLin * trn->linRot;
+        } else if (target == link) {
+            // Backwards through the inverse of the ratios; a singular pair passes nothing.
+            driven = source;
+            const double det = trn->linLin * trn->rotRot - trn->rotLin * trn->linRot;
+            if (det == 0.0) continue;
+            lin = (dLin * trn->rotRot - dRot * trn->rotLin) / det;
+            rot = (dRot * trn->linLin - dLin * trn->linRot) / det;
+        } else {
+            continue;
+        }
+        if (trn->invert) lin = -lin, rot = -rot;
+        bool seen = false;
+        for (const Lnk* m : moved) seen = seen || m == driven;
+        if (seen) continue;
+        moved.push_back(driven);
+        driven->linOffset += lin;
+        driven->rotOffset += rot;
+        propagate(host, driven, lin, rot, moved);
+    }
+}
+
+void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
+    CheckedVector<const Lnk*> moved;
+    for (const SceneLink& sceneLink : scene.links) {
+        Lnk& link = *sceneLink.record;
+        if (!link.lin && !link.rot) continue;
+        // The record's fields are packed: work on copies.
+        const double oldLin = link.linOffset, oldRot = link.rotOffset;
+        double lin = oldLin, rot = oldRot;
+        if (link.lin) {
+            evaluateDrive(link.linDrive, time, lin);
+            if (lin != oldLin && link.rot && link.coupled && link.ratio != 0.0)
+                rot += (lin - oldLin) * link.ratio;
+        }
+        if (link.rot) {
+            const double before = rot;
+            evaluateDrive(link.rotDrive, time, rot);
+            if (rot != before && link.lin && link.coupled && link.ratio != 0.0)
+                lin += (rot - before) / link.ratio;
+        }
+        link.linOffset = lin;
+        link.rotOffset = rot;
+        if (lin != oldLin || rot != oldRot) {
+            moved.assign(1, &link);
+            propagate(host, &link, lin - oldLin, rot - oldRot, moved);
+        }
+    }
+}
+
+// ---- Solve -------------------------------------------------------------------------------------
+
+Mat4 identityMatrix() {
+    Mat4 m;
+    identity(m);
+    return m;
+}
+
+Mat4 matrixOf(const HostCallbacks& host, uint64_t body) {
+    Mat4 m = identityMatrix();
+    if (host.getMatrix) host.getMatrix(body, m.m);
+    return m;
+}
+
+void setMatrix(const HostCallbacks& host, uint64_t body, const Mat4& m) {
+    if (host.setMatrix) host.setMatrix(body, m.m);
+}
+
+// Every fixed body and every body below it through ordinary joints start from the identity.
+void resetMatrices(const HostCallbacks& host, const JointTree& tree) {
+    const Mat4 one = identityMatrix();
+    CheckedVector<const TreeNode*> open;
+    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
+        open.push_back(cell->node);
+        while (!open.empty()) {
+            const TreeNode* node = open.back();
+            open.pop_back();
+            setMatrix(host, node->body, one);
+            for (const Joint* j = node->firstJoint; j; j = j->next)
+                if (j->kind == kJointOrdinary && !j->leadsBack) open.push_back(j->child);
+        }
+    }
+}
+
+// Down each tree: a node's matrix is its body's matrix times the motion above it; each
+// ordinary joint adds its link's motion in front.
+void composeMatrices(const HostCallbacks& host, const JointTree& tree) {
+    struct Pending {
+        const TreeNode* node;
+        Mat4 above;
+    };
+    CheckedVector<Pending> open;
+    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
+        open.push_back({cell->node, identityMatrix()});
+        while (!open.empty()) {
+            const Pending p = open.back();
+            open.pop_back();
+            Mat4 m = p.above;
+            preMultiply(m, matrixOf(host, p.node->body));
+            setMatrix(host, p.node->body, m);
+            for (const Joint* j = p.node->firstJoint; j; j = j->next) {
+                if (j->kind != kJointOrdinary || j->leadsBack) continue;
+                Mat4 below = p.above;
+                applyLinkMotion(*j->link, below);
+                open.push_back({j->child, below});
+            }
+        }
+    }
+}
+
+// A follower joint is open when its link's point A, carried by the target body's motion and
+// by the source body's motion, lands in two places 0.001 or more apart.
+bool jointOpen(const HostCallbacks& host, const Joint& joint) {
+    Vec3 a = joint.link->axisA, b = joint.link->axisA;
+    transformPoint(a, matrixOf(host, joint.child->body));
+    transformPoint(b, matrixOf(host, joint.parent->body));
+    return !(length(a - b) < kLoopTolerance);
+}
+
+bool closeLoops(const HostCallbacks& host, const JointTree& tree) {
+    bool closed = true;
+    CheckedVector<const TreeNode*> open;
+    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
+        open.push_back(cell->node);
+        while (!open.empty()) {
+            const TreeNode* node = open.back();
+            open.pop_back();
+            for (const Joint* j = node->firstJoint; j; j = j->next) {
+                if (j->kind >= kJointFollowerRotLin && jointOpen(host, *j)) closed = false;
+                if (!j->leadsBack) open.push_back(j->child);
+            }
+        }
+    }
+    return closed;
+}
+
+// The first top-level object whose name begins with "*" holds still: every top-level object's
+// matrix is re-expressed relative to it.
+void applyReferenceBody(const HostCallbacks& host) {
+    if (!host.firstChild || !host.nextSibling || !host.getObjectName) return;
+    uint64_t reference = 0;
+    for (uint64_t o = host.firstChild(0); o && !reference; o = host.nextSibling(o)) {
+        char name[256] = {};
+        host.getObjectName(o, name);
+        if (name[0] == '*') reference = o;
+    }
+    if (!reference) return;
+    Mat4 inverse = matrixOf(host, reference);
+    invert(inverse);
+    for (uint64_t o = host.firstChild(0); o; o = host.nextSibling(o)) {
+        Mat4 m = inverse;
+        preMultiply(m, matrixOf(host, o));
+        setMatrix(host, o, m);
+    }
+}
+
+bool solve(const HostCallbacks& host, const JointTree& tree) {
+    if (host.beginUpdate) host.beginUpdate();
+    resetMatrices(host, tree);
+    composeMatrices(host, tree);
+    const bool closed = closeLoops(host, tree);
+    applyReferenceBody(host);
+    if (host.endUpdate) host.endUpdate();
+    return closed;
+}
+
+// ---- Collisions ------------------------------------------------------------------------------
+
+// The first pair of second-level objects with different world matrices that the host finds
+// intersecting.
+bool findCollision(const HostCallbacks& host) {
+    if (!host.firstChild || !host.nextSibling || !host.checkCollision) return false;
+    struct Body {
+        uint64_t object;
+        Mat4 world;
+    };
+    CheckedVector<Body> bodies;
+    for (uint64_t top = host.firstChild(0); top; top = host.nextSibling(top)) {
+        for (uint64_t o = host.firstChild(top); o; o = host.nextSibling(o)) {
+            Mat4 world = identityMatrix();
+            for (uint64_t a = o; a; a = host.parent ? host.parent(a) : 0) {
+                Mat4 next = matrixOf(host, a);  // the child's motion first, then its owner's
+                preMultiply(next, world);
+                world = next;
+            }
+            bodies.push_back({o, world});
+        }
+    }
+    for (size_t i = 0; i < bodies.size(); ++i)
+        for (size_t j = i + 1; j < bodies.size(); ++j) {
+            if (std::memcmp(bodies[i].world.m, bodies[j].world.m, sizeof(Mat4)) == 0) continue;
+            if (host.checkCollision(bodies[i].object, bodies[j].object, 1)) return true;
+        }
+    return false;
+}
+
+}  // namespace
+
+int32_t animation(double time, int32_t collisionCheck) {
+    const HostCallbacks& host = hostCallbacks();
+    runDrives(host, walkHostScene(host), time);
+    if (!solve(host, processJointTree())) return kAnimationLoopOpen;
+    if (collisionCheck && findCollision(host)) return kAnimationCollision;
+    return kAnimationDone;
+}
+
+}  // namespace orv

@@ -1,0 +1,18 @@
+// One animation step: drives, couplings and transmissions, the solve down the joint tree, the
+// reference body and the collision test.
+#pragma once
+
+#include <cstdint>
+
+namespace orv {
+
+constexpr int32_t kAnimationDone = 0;
+constexpr int32_t kAnimationLoopOpen = 1;   // a follower loop could not be closed
+constexpr int32_t kAnimationCollision = 2;  // moved, but two bodies intersect
+
+// Distance at which a follower joint counts as open.
+constexpr double kLoopTolerance = 0.001;
+
+int32_t animation(double time, int32_t collisionCheck);
+
+}  // namespace orv

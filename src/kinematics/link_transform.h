@@ -1,0 +1,21 @@
+// How a link moves its target body: the motion it adds in front of its source body's matrix.
+#pragma once
+
+#include "math/mat4.h"
+
+namespace orv {
+
+// Degrees from radians and the quarter turn, with the rounded values the motion is defined by.
+constexpr double kRadToDeg = 57.29577951471995;
+
+// Degrees of the direction (x, y), measured from +Y towards +X: 0 for (0, 1), 90 for (1, 0),
+// 90 + 180 k for the y = 0 cases by sign, 0 for the zero vector.
+double directionAngle(double x, double y);
+
+// m := (the link's motion) * m, with s = linCur + linear offset and the angle = rotCur +
+// rotational offset (degrees). Without a path: a translation by s along the unit vector from
+// B to A (when Lin is set) and a right-handed rotation by the angle about the line through B
+// along it (when Rot is set). With a path: the body rides the path by the arc length s.
+void applyLinkMotion(const Lnk& link, Mat4& m);
+
+}  // namespace orv
