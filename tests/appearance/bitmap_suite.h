@@ -15,7 +15,7 @@ struct SuiteFile {
 
 const std::vector<SuiteFile>& bitmapSuite();
 
-// The suite's folder (the shared test data beside the source tree, or ORVANTA_TESTDATA_DIR).
+// The suite's folder (tests/data/bmpsuite, or bmpsuite/ under ORVANTA_TESTDATA_DIR).
 std::string bitmapSuiteDir();
 
 // The whole file, or an empty vector when it cannot be read.

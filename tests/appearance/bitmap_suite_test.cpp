@@ -19,7 +19,7 @@ TEST(BitmapSuite, EveryFileOfTheSuiteIsListed) {
     for (const char* folder : {"g", "q", "b"}) {
         const std::filesystem::path dir = bitmapSuiteDir() + folder;
         ASSERT_TRUE(std::filesystem::is_directory(dir))
-            << dir << " is missing: the suite lies in ../shared/testdata beside the source tree, "
+            << dir << " is missing: the suite lies in tests/data/bmpsuite, "
             << "or set ORVANTA_TESTDATA_DIR";
         for (const auto& entry : std::filesystem::directory_iterator(dir))
             present.insert(std::string(folder) + "/" + entry.path().filename().string());
