@@ -22,13 +22,16 @@ namespace {
 // ---- The structure ----
 
 // What the test of one triangle reads, copied from the octree's record.
-struct HotTriangle {
-    Vec3 p0, a, b, n;
+// Two cache lines: the plane test reads only the first.
+struct alignas(64) HotTriangle {
+    Vec3 n;
     double dist;
-    ScreenRect rect;
     uint32_t seq;  // place in the walk order
     uint32_t twoSided;
+    Vec3 p0, a, b;
+    ScreenRect rect;
 };
+static_assert(sizeof(HotTriangle) == 128, "two cache lines");
 
 // What only a candidate needs.
 struct TriangleSource {
@@ -43,9 +46,9 @@ struct OctreeRef {
 };
 
 // A leaf holds count > 0 triangles from first; an inner node has count 0 and its two children
-// at first and first + 1.
-// Boxes in single precision, rounded outwards: two children share a cache line.
-struct BvhNode {
+// at first and first + 1, an even index, so that both share a cache line. The root is node 0;
+// node 1 is left unused. Boxes in single precision, rounded outwards.
+struct alignas(32) BvhNode {
     float box[2][3];  // minimum and maximum corner
     int32_t first;
     int32_t count;
@@ -56,9 +59,24 @@ struct SeqRange {
     uint32_t minSeq, maxSeq;
 };
 
+constexpr int32_t kFirstPair = 2;
+
+// Zero-filled and starting on a cache line; freed with freeArray.
 template <typename T>
 T* allocArray(size_t n) {
-    return static_cast<T*>(checkedAlloc(sizeof(T) * (n > 0 ? n : 1)));
+    constexpr size_t kLine = 64;
+    char* raw = static_cast<char*>(checkedAlloc(sizeof(T) * (n > 0 ? n : 1) + kLine + sizeof(void*)));
+    char* start = raw + sizeof(void*);
+    start += (kLine - reinterpret_cast<uintptr_t>(start) % kLine) % kLine;
+    std::memcpy(start - sizeof(void*), &raw, sizeof raw);
+    return reinterpret_cast<T*>(start);
+}
+
+void freeArray(void* p) {
+    if (!p) return;
+    void* raw;
+    std::memcpy(&raw, static_cast<char*>(p) - sizeof(void*), sizeof raw);
+    checkedFree(raw);
 }
 
 }  // namespace
@@ -190,7 +208,7 @@ public:
 
     // Builds over ids_[0, count) with up to `threads` threads; returns the node count.
     int32_t build(int32_t count, int threads) {
-        nodeCount_ = 1;
+        nodeCount_ = kFirstPair;
         // The top of the tree on this thread until there is a run for every thread to take.
         std::vector<Task> shared;
         Task stack[kStackDepth];
@@ -441,7 +459,9 @@ void finishNodes(SceneAccel& accel, const BuildNode* built) {
     for (int32_t i = accel.nodeCount - 1; i >= 0; --i) {
         const BvhNode& node = accel.nodes[i];
         SeqRange& range = accel.seqRanges[i];
-        if (node.count > 0) {
+        if (i > 0 && i < kFirstPair) {
+            range = SeqRange{UINT32_MAX, 0};
+        } else if (node.count > 0) {
             range = SeqRange{UINT32_MAX, 0};
             for (int32_t k = node.first; k < node.first + node.count; ++k) {
                 range.minSeq = std::min(range.minSeq, accel.triangles[k].seq);
@@ -487,8 +507,8 @@ void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
         nearest[accel.triangleCount + i] = 0.0f;
     }
     buildPrimaryTiles(accel.tiles, view.image, rects, nearest, count, threads);
-    checkedFree(rects);
-    checkedFree(nearest);
+    freeArray(rects);
+    freeArray(nearest);
 }
 
 // ---- The searches ----
@@ -767,25 +787,25 @@ SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view)
         }
         accel->triangleCount = bounded;
         finishNodes(*accel, built);
-        checkedFree(built);
+        freeArray(built);
     }
     if (view) buildTiles(*accel, items, ids, *view, threads);
-    checkedFree(ids);
-    checkedFree(items);
-    checkedFree(hot);
-    checkedFree(sources);
+    freeArray(ids);
+    freeArray(items);
+    freeArray(hot);
+    freeArray(sources);
     return accel;
 }
 
 void freeAccel(SceneAccel* accel) {
     if (!accel) return;
-    checkedFree(accel->triangles);
-    checkedFree(accel->sources);
-    checkedFree(accel->unbounded);
-    checkedFree(accel->unboundedSources);
-    checkedFree(accel->nodes);
-    checkedFree(accel->seqRanges);
-    checkedFree(accel->octree);
+    freeArray(accel->triangles);
+    freeArray(accel->sources);
+    freeArray(accel->unbounded);
+    freeArray(accel->unboundedSources);
+    freeArray(accel->nodes);
+    freeArray(accel->seqRanges);
+    freeArray(accel->octree);
     freePrimaryTiles(accel->tiles);
     checkedFree(accel);
 }
