@@ -6,9 +6,10 @@
 
 #include "kinematics/checked_allocator.h"
 #include "kinematics/drive.h"
+#include "kinematics/follower_loop.h"
 #include "kinematics/host_scene.h"
 #include "kinematics/joint_tree.h"
-#include "kinematics/link_transform.h"
+#include "kinematics/tree_motion.h"
 
 namespace orv {
 
@@ -86,73 +87,7 @@ void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
 
 // ---- Solve -------------------------------------------------------------------------------------
 
-Mat4 identityMatrix() {
-    Mat4 m;
-    identity(m);
-    return m;
-}
-
-Mat4 matrixOf(const HostCallbacks& host, uint64_t body) {
-    Mat4 m = identityMatrix();
-    if (host.getMatrix) host.getMatrix(body, m.m);
-    return m;
-}
-
-void setMatrix(const HostCallbacks& host, uint64_t body, const Mat4& m) {
-    if (host.setMatrix) host.setMatrix(body, m.m);
-}
-
-// Every fixed body and every body below it through ordinary joints start from the identity.
-void resetMatrices(const HostCallbacks& host, const JointTree& tree) {
-    const Mat4 one = identityMatrix();
-    CheckedVector<const TreeNode*> open;
-    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
-        open.push_back(cell->node);
-        while (!open.empty()) {
-            const TreeNode* node = open.back();
-            open.pop_back();
-            setMatrix(host, node->body, one);
-            for (const Joint* j = node->firstJoint; j; j = j->next)
-                if (j->kind == kJointOrdinary && !j->leadsBack) open.push_back(j->child);
-        }
-    }
-}
-
-// Down each tree: a node's matrix is its body's matrix times the motion above it; each
-// ordinary joint adds its link's motion in front.
-void composeMatrices(const HostCallbacks& host, const JointTree& tree) {
-    struct Pending {
-        const TreeNode* node;
-        Mat4 above;
-    };
-    CheckedVector<Pending> open;
-    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
-        open.push_back({cell->node, identityMatrix()});
-        while (!open.empty()) {
-            const Pending p = open.back();
-            open.pop_back();
-            Mat4 m = p.above;
-            preMultiply(m, matrixOf(host, p.node->body));
-            setMatrix(host, p.node->body, m);
-            for (const Joint* j = p.node->firstJoint; j; j = j->next) {
-                if (j->kind != kJointOrdinary || j->leadsBack) continue;
-                Mat4 below = p.above;
-                applyLinkMotion(*j->link, below);
-                open.push_back({j->child, below});
-            }
-        }
-    }
-}
-
-// A follower joint is open when its link's point A, carried by the target body's motion and
-// by the source body's motion, lands in two places 0.001 or more apart.
-bool jointOpen(const HostCallbacks& host, const Joint& joint) {
-    Vec3 a = joint.link->axisA, b = joint.link->axisA;
-    transformPoint(a, matrixOf(host, joint.child->body));
-    transformPoint(b, matrixOf(host, joint.parent->body));
-    return !(length(a - b) < kLoopTolerance);
-}
-
+// Every open follower joint of kind 2, 3 or 4 is solved, in the order of the trees.
 bool closeLoops(const HostCallbacks& host, const JointTree& tree) {
     bool closed = true;
     CheckedVector<const TreeNode*> open;
@@ -162,7 +97,8 @@ bool closeLoops(const HostCallbacks& host, const JointTree& tree) {
             const TreeNode* node = open.back();
             open.pop_back();
             for (const Joint* j = node->firstJoint; j; j = j->next) {
-                if (j->kind >= kJointFollowerRotLin && jointOpen(host, *j)) closed = false;
+                if (j->kind >= kJointFollowerRotLin && loopOpen(host, *j) && !closeLoop(host, *j))
+                    closed = false;
                 if (!j->leadsBack) open.push_back(j->child);
             }
         }
@@ -181,19 +117,23 @@ void applyReferenceBody(const HostCallbacks& host) {
         if (name[0] == '*') reference = o;
     }
     if (!reference) return;
-    Mat4 inverse = matrixOf(host, reference);
+    Mat4 inverse = bodyMatrix(host, reference);
     invert(inverse);
     for (uint64_t o = host.firstChild(0); o; o = host.nextSibling(o)) {
         Mat4 m = inverse;
-        preMultiply(m, matrixOf(host, o));
-        setMatrix(host, o, m);
+        preMultiply(m, bodyMatrix(host, o));
+        setBodyMatrix(host, o, m);
     }
 }
 
 bool solve(const HostCallbacks& host, const JointTree& tree) {
     if (host.beginUpdate) host.beginUpdate();
-    resetMatrices(host, tree);
-    composeMatrices(host, tree);
+    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next)
+        resetMotion(host, *cell->node);
+    Mat4 one;
+    identity(one);
+    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next)
+        composeMotion(host, *cell->node, one);
     const bool closed = closeLoops(host, tree);
     applyReferenceBody(host);
     if (host.endUpdate) host.endUpdate();
@@ -213,9 +153,10 @@ bool findCollision(const HostCallbacks& host) {
     CheckedVector<Body> bodies;
     for (uint64_t top = host.firstChild(0); top; top = host.nextSibling(top)) {
         for (uint64_t o = host.firstChild(top); o; o = host.nextSibling(o)) {
-            Mat4 world = identityMatrix();
+            Mat4 world;
+            identity(world);
             for (uint64_t a = o; a; a = host.parent ? host.parent(a) : 0) {
-                Mat4 next = matrixOf(host, a);  // the child's motion first, then its owner's
+                Mat4 next = bodyMatrix(host, a);  // the child's motion first, then its owner's
                 preMultiply(next, world);
                 world = next;
             }

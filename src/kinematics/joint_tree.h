@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "kinematics/host_callbacks.h"
+#include "math/mat4.h"
 
 namespace orv {
 
@@ -25,6 +26,9 @@ struct Joint;
 struct TreeNode {
     uint64_t body;
     Joint* firstJoint;  // outgoing joints
+    // The links' motion above the node as the last animation step composed it: it carries the
+    // rest coordinates of the node's outgoing links into the world.
+    Mat4 above;
 };
 
 struct Joint {

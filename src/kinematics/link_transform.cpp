@@ -88,10 +88,14 @@ void placeOnPath(const Lnk& link, double s, double& x, double& y, double& tx, do
 
 }  // namespace
 
+bool ridesPath(const Lnk& link) {
+    return link.pathCount >= 2 && link.pathPoints && link.pathBulges;
+}
+
 void applyLinkMotion(const Lnk& link, Mat4& m) {
     const double s = link.linCur + link.linOffset;
     const double angle = link.rotCur + link.rotOffset;
-    if (link.pathCount >= 2 && link.pathPoints && link.pathBulges) {
+    if (ridesPath(link)) {
         // Relative to the body's place at s = 0, in the path's plane: the heading follows the
         // tangent; the rotational axis turns the body about the path's Z axis on top.
         double x0, y0, tx0, ty0, x, y, tx, ty;

@@ -12,6 +12,9 @@ constexpr double kRadToDeg = 57.29577951471995;
 // 90 + 180 k for the y = 0 cases by sign, 0 for the zero vector.
 double directionAngle(double x, double y);
 
+// The link carries its body along a path of at least two points instead of its straight axis.
+bool ridesPath(const Lnk& link);
+
 // m := (the link's motion) * m, with s = linCur + linear offset and the angle = rotCur +
 // rotational offset (degrees). Without a path: a translation by s along the unit vector from
 // B to A (when Lin is set) and a right-handed rotation by the angle about the line through B

@@ -13,9 +13,7 @@ struct Callbacks {
     static uint64_t nextSibling(uint64_t o) { return host->objects[o].nextSibling; }
     static uint64_t parent(uint64_t o) { return host->objects[o].parent; }
     static uint64_t firstLink(uint64_t o) { return host->objects[o].firstLink; }
-    static uint64_t nextLink(uint64_t item) {
-        return host->nextLink[item - SceneHost::kLinkItem];
-    }
+    static uint64_t nextLink(uint64_t item) { return host->nextLink[item - SceneHost::kLinkItem]; }
     static Lnk* linkRecord(uint64_t item) { return &host->links[item - SceneHost::kLinkItem]; }
     static uint64_t firstTrn(uint64_t linkObject) {
         return host->firstListing[linkObject - SceneHost::kLinkObject];
