@@ -8,7 +8,7 @@ namespace {
 
 SceneHost* host = nullptr;
 
-struct Callbacks {
+struct HostCalls {
     static uint64_t firstChild(uint64_t o) { return host->objects[o].firstChild; }
     static uint64_t nextSibling(uint64_t o) { return host->objects[o].nextSibling; }
     static uint64_t parent(uint64_t o) { return host->objects[o].parent; }
@@ -95,12 +95,18 @@ OrvVec3 SceneHost::place(uint64_t body, OrvVec3 p) const {
             p.x * m[2] + p.y * m[6] + p.z * m[10] + m[14]};
 }
 
+const SceneHost::Callbacks SceneHost::callbacks = {
+    HostCalls::firstChild, HostCalls::nextSibling, HostCalls::parent,    HostCalls::firstLink,
+    HostCalls::nextLink,   HostCalls::linkRecord,  HostCalls::firstTrn,  HostCalls::nextTrn,
+    HostCalls::trnRecord,  HostCalls::name,        HostCalls::getMatrix, HostCalls::setMatrix,
+    HostCalls::collision,  HostCalls::update,      HostCalls::update};
+
 void SceneHost::install() {
     host = this;
-    using C = Callbacks;
-    KinematicCallback(C::firstChild, C::nextSibling, C::parent, C::firstLink, C::nextLink,
-                      C::linkRecord, C::firstTrn, C::nextTrn, C::trnRecord, C::name, C::getMatrix,
-                      C::setMatrix, C::collision, C::update, C::update);
+    const Callbacks& c = callbacks;
+    KinematicCallback(c.firstChild, c.nextSibling, c.parent, c.firstLink, c.nextLink, c.linkRecord,
+                      c.firstTrn, c.nextTrn, c.trnRecord, c.getObjectName, c.getMatrix, c.setMatrix,
+                      c.checkCollision, c.beginUpdate, c.endUpdate);
     KinematicInit(nullptr);
 }
 

@@ -48,6 +48,26 @@ struct SceneHost {
     OrvVec3 place(uint64_t body, OrvVec3 p) const;
     // Installs the fifteen callbacks and builds the joint tree.
     void install();
+
+    // The fifteen callbacks, in KinematicCallback's order; they reach the installed host.
+    struct Callbacks {
+        OrvFirstChildFn firstChild;
+        OrvNextSiblingFn nextSibling;
+        OrvParentFn parent;
+        OrvFirstLinkFn firstLink;
+        OrvNextLinkFn nextLink;
+        OrvLinkRecordFn linkRecord;
+        OrvFirstTrnFn firstTrn;
+        OrvNextTrnFn nextTrn;
+        OrvTrnRecordFn trnRecord;
+        OrvGetObjectNameFn getObjectName;
+        OrvGetMatrixFn getMatrix;
+        OrvSetMatrixFn setMatrix;
+        OrvCheckCollisionFn checkCollision;
+        OrvBeginUpdateFn beginUpdate;
+        OrvEndUpdateFn endUpdate;
+    };
+    static const Callbacks callbacks;
 };
 
 // A cyclic drive of one linear phase: path w in time t.
