@@ -9,6 +9,7 @@
 #include "kinematics/follower_loop.h"
 #include "kinematics/host_scene.h"
 #include "kinematics/joint_tree.h"
+#include "kinematics/prefetch.h"
 #include "kinematics/tree_motion.h"
 
 namespace orv {
@@ -57,10 +58,24 @@ void propagate(const HostCallbacks& host, Lnk* link, double dLin, double dRot,
     }
 }
 
+// The corners of a record that every drive step reads: the axis flags and offsets, and each
+// drive's switch and phase count. (Asking for the phases too was no faster: only running
+// drives read them.)
+void prefetchDriveFields(const Lnk& link) {
+    prefetch(&link.lin);
+    prefetch(&link.rotOffset);
+    prefetch(&link.linDrive.count);
+    prefetch(&link.rotDrive.count);
+    prefetch(&link.linkObject);
+}
+
 void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
     CheckedVector<const Lnk*> moved;
-    for (const SceneLink& sceneLink : scene.links) {
-        Lnk& link = *sceneLink.record;
+    const size_t count = scene.links.size();
+    for (size_t i = 0; i < count; ++i) {
+        if (i + kPrefetchAhead < count)
+            prefetchDriveFields(*scene.links[i + kPrefetchAhead].record);
+        Lnk& link = *scene.links[i].record;
         if (!link.lin && !link.rot) continue;
         // The record's fields are packed: work on copies.
         const double oldLin = link.linOffset, oldRot = link.rotOffset;
@@ -87,25 +102,6 @@ void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
 
 // ---- Solve -------------------------------------------------------------------------------------
 
-// Every open follower joint of kind 2, 3 or 4 is solved, in the order of the trees.
-bool closeLoops(const HostCallbacks& host, const JointTree& tree) {
-    bool closed = true;
-    CheckedVector<const TreeNode*> open;
-    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
-        open.push_back(cell->node);
-        while (!open.empty()) {
-            const TreeNode* node = open.back();
-            open.pop_back();
-            for (const Joint* j = node->firstJoint; j; j = j->next) {
-                if (j->kind >= kJointFollowerRotLin && loopOpen(host, *j) && !closeLoop(host, *j))
-                    closed = false;
-                if (!j->leadsBack) open.push_back(j->child);
-            }
-        }
-    }
-    return closed;
-}
-
 // The first top-level object whose name begins with "*" holds still: every top-level object's
 // matrix is re-expressed relative to it.
 void applyReferenceBody(const HostCallbacks& host) {
@@ -128,13 +124,16 @@ void applyReferenceBody(const HostCallbacks& host) {
 
 bool solve(const HostCallbacks& host, const JointTree& tree) {
     if (host.beginUpdate) host.beginUpdate();
+    // Every tree is reset before the first is composed: a body in two trees takes both motions.
     for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next)
-        resetMotion(host, *cell->node);
-    Mat4 one;
-    identity(one);
-    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next)
-        composeMotion(host, *cell->node, one);
-    const bool closed = closeLoops(host, tree);
+        identity(cell->node->above);
+    resetMotion(host, tree.motionOrder());
+    composeMotion(host, tree.motionOrder());
+    // Every open follower joint of kind 2, 3 or 4 is solved, in the order of the trees.
+    bool closed = true;
+    MotionOrder scratch;  // the nodes that a solve composes again
+    for (const Joint* j : tree.loopJoints())
+        if (loopOpen(host, *j) && !closeLoop(host, *j, scratch)) closed = false;
     applyReferenceBody(host);
     if (host.endUpdate) host.endUpdate();
     return closed;
@@ -175,7 +174,7 @@ bool findCollision(const HostCallbacks& host) {
 
 int32_t animation(double time, int32_t collisionCheck) {
     const HostCallbacks& host = hostCallbacks();
-    runDrives(host, walkHostScene(host), time);
+    runDrives(host, walkHostScene(host, false), time);
     if (!solve(host, processJointTree())) return kAnimationLoopOpen;
     if (collisionCheck && findCollision(host)) return kAnimationCollision;
     return kAnimationDone;

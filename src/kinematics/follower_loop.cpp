@@ -219,7 +219,7 @@ bool loopOpen(const HostCallbacks& host, const Joint& follower) {
     return !(orv::length(a - b) < kLoopTolerance);
 }
 
-bool closeLoop(const HostCallbacks& host, const Joint& follower) {
+bool closeLoop(const HostCallbacks& host, const Joint& follower, MotionOrder& scratch) {
     const Joint& parent = *follower.parentJoint;
     const Joint& grandparent = *parent.parentJoint;
     // The solvers move straight axes only.
@@ -236,10 +236,12 @@ bool closeLoop(const HostCallbacks& host, const Joint& follower) {
     setValue(*grandparent.link, values.grandparent);
     setValue(*parent.link, values.parent);
 
-    resetMotion(host, *grandparent.child);
-    Mat4 above = grandparent.parent->above;
-    applyLinkMotion(*grandparent.link, above);
-    composeMotion(host, *grandparent.child, above);
+    scratch.clear();
+    appendMotionOrder(*grandparent.child, scratch);
+    resetMotion(host, scratch);
+    grandparent.child->above = grandparent.parent->above;
+    applyLinkMotion(*grandparent.link, grandparent.axis, grandparent.child->above);
+    composeMotion(host, scratch);
     setFollowerAngle(host, follower);
     return !loopOpen(host, follower);
 }

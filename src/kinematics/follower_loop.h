@@ -10,6 +10,7 @@
 
 #include "kinematics/host_callbacks.h"
 #include "kinematics/joint_tree.h"
+#include "kinematics/tree_motion.h"
 
 namespace orv {
 
@@ -22,8 +23,8 @@ bool loopOpen(const HostCallbacks& host, const Joint& follower);
 
 // Solves the loop of a follower joint of kind 2, 3 or 4: sets the current values of its
 // grandparent and parent links (and the follower's angle), recomposes the matrices below the
-// grandparent joint and tests the joint again. Returns whether it is closed. A loop that no
-// position can close keeps its values and matrices.
-bool closeLoop(const HostCallbacks& host, const Joint& follower);
+// grandparent joint (listing them in scratch) and tests the joint again. Returns whether it
+// is closed. A loop that no position can close keeps its values and matrices.
+bool closeLoop(const HostCallbacks& host, const Joint& follower, MotionOrder& scratch);
 
 }  // namespace orv

@@ -1,7 +1,7 @@
 #include "kinematics/tree_motion.h"
 
-#include "kinematics/checked_allocator.h"
 #include "kinematics/link_transform.h"
+#include "kinematics/prefetch.h"
 
 namespace orv {
 
@@ -16,38 +16,36 @@ void setBodyMatrix(const HostCallbacks& host, uint64_t body, const Mat4& m) {
     if (host.setMatrix) host.setMatrix(body, m.m);
 }
 
-// Joints that close a circle of links are not followed, so the walks end.
-static bool followed(const Joint& joint) {
-    return joint.kind == kJointOrdinary && !joint.leadsBack;
-}
-
-void resetMotion(const HostCallbacks& host, const TreeNode& node) {
+void resetMotion(const HostCallbacks& host, const MotionOrder& order) {
     Mat4 one;
     identity(one);
-    CheckedVector<const TreeNode*> open{&node};
-    while (!open.empty()) {
-        const TreeNode* n = open.back();
-        open.pop_back();
-        setBodyMatrix(host, n->body, one);
-        for (const Joint* j = n->firstJoint; j; j = j->next)
-            if (followed(*j)) open.push_back(j->child);
-    }
+    for (const TreeNode* node : order.nodes) setBodyMatrix(host, node->body, one);
 }
 
-void composeMotion(const HostCallbacks& host, TreeNode& node, const Mat4& above) {
-    node.above = above;
-    CheckedVector<TreeNode*> open{&node};
-    while (!open.empty()) {
-        TreeNode* n = open.back();
-        open.pop_back();
+// What a step reads and writes: the link's values, axis points and path, the joint's frames
+// and the child's motion.
+static void prefetchStep(const MotionStep& step) {
+    prefetch(&step.link->lin);
+    prefetch(&step.link->rotCur);
+    prefetch(&step.link->axisB);
+    prefetch(&step.joint->axis);
+    prefetch(&step.joint->axis.line.frame.m[8]);
+    prefetch(&step.joint->axis.line.inverse.m[8]);
+    prefetch(&step.child->above);
+}
+
+void composeMotion(const HostCallbacks& host, const MotionOrder& order) {
+    const size_t count = order.steps.size();
+    size_t k = 0;
+    for (TreeNode* n : order.nodes) {
         Mat4 m = n->above;
         preMultiply(m, bodyMatrix(host, n->body));
         setBodyMatrix(host, n->body, m);
-        for (const Joint* j = n->firstJoint; j; j = j->next) {
-            if (!followed(*j)) continue;
-            j->child->above = n->above;
-            applyLinkMotion(*j->link, j->child->above);
-            open.push_back(j->child);
+        for (; k < count && order.steps[k].parent == n; ++k) {
+            if (k + kPrefetchAhead < count) prefetchStep(order.steps[k + kPrefetchAhead]);
+            const MotionStep& step = order.steps[k];
+            step.child->above = n->above;
+            applyLinkMotion(*step.link, step.joint->axis, step.child->above);
         }
     }
 }

@@ -16,11 +16,13 @@ namespace orv {
 Mat4 bodyMatrix(const HostCallbacks& host, uint64_t body);
 void setBodyMatrix(const HostCallbacks& host, uint64_t body, const Mat4& m);
 
-// Sets the node's body and every body below it through ordinary joints to the identity.
-void resetMotion(const HostCallbacks& host, const TreeNode& node);
+// Sets the bodies of a motion order (joint_tree.h) to the identity, in order.
+void resetMotion(const HostCallbacks& host, const MotionOrder& order);
 
-// node's matrix := its body's matrix times above, and on down through ordinary joints, each
-// adding its link's motion in front. Every node reached keeps the motion above it.
-void composeMotion(const HostCallbacks& host, TreeNode& node, const Mat4& above);
+// For each node of a motion order in turn: its matrix := its body's matrix times the motion
+// above it, and each joint that moves its child carries that motion, its link's motion added
+// in front, to the child. Every node's motion above must be set before its turn: the roots' by
+// the caller, the others' by their parents.
+void composeMotion(const HostCallbacks& host, const MotionOrder& order);
 
 }  // namespace orv
