@@ -1,7 +1,8 @@
 // Animation on a host scene of 10,000 links, and the host's own share of a step.
 //
-//   animation_bench            100 groups of 100 links, 200 steps
-//   animation_bench --quick    2 groups, 25 steps, every step checked (CI)
+//   animation_bench              100 groups of 100 links, 200 steps
+//   animation_bench --groups N   N groups (4: a scene whose records fit the caches)
+//   animation_bench --quick      2 groups, 25 steps, every step checked (CI)
 //
 // Each group stands on a top-level frame: a chain of 50 links (turning, sliding, both, and
 // both coupled; about the three axes and a slanted one) with drives of two or three phases, a
@@ -17,6 +18,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <vector>
@@ -205,7 +207,7 @@ int check(const Scene& s) {
 uint64_t counts[15];
 
 void installCounting() {
-    const SceneHost::Callbacks& c = SceneHost::callbacks;
+    const orv::HostCallbacks& c = SceneHost::callbacks;
     // clang-format off
     KinematicCallback(
         [](uint64_t o) { return ++counts[0], SceneHost::callbacks.firstChild(o); },
@@ -228,7 +230,7 @@ void installCounting() {
 
 // The same number of calls of each callback as one step, on valid arguments in turn.
 double replay(const Scene& s) {
-    const SceneHost::Callbacks& c = SceneHost::callbacks;
+    const orv::HostCallbacks& c = SceneHost::callbacks;
     const uint64_t objects = s.h.objects.size() - 1, links = s.h.links.size(),
                    listings = s.h.listings.size();
     uint64_t sink = 0;
@@ -269,7 +271,9 @@ double median(std::vector<double> v) {
 
 int main(int argc, char** argv) {
     const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
-    const int groups = quick ? 2 : 100, steps = quick ? 25 : 200;
+    const bool sized = argc > 2 && std::strcmp(argv[1], "--groups") == 0;
+    const int groups = quick ? 2 : sized ? std::max(1, std::atoi(argv[2])) : 100;
+    const int steps = quick ? 25 : 200;
     static Scene s;  // a few hundred megabytes of link records
     for (int g = 0; g < groups; ++g) s.buildGroup(g);
     s.h.install();

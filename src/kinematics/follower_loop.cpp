@@ -51,6 +51,7 @@ double turn(Point2 from, Point2 to) {
 // The Z normal gives X and Y.
 struct Plane {
     Vec3 e1, e2;
+    Plane() = default;
     explicit Plane(const Vec3& n) {
         e1 = orv::cross(std::fabs(n.z) < 0.9 ? Vec3{0, 0, 1} : Vec3{0, 1, 0}, n);
         normalise(e1);
@@ -97,17 +98,33 @@ struct Values {
     double grandparent, parent;
 };
 
+// A turning and a sliding link: the plane at right angles to the turn, and in it the slide's
+// direction and the length that one unit of slide covers.
+struct Slide {
+    Plane plane;
+    Point2 dir;
+    double unit;
+};
+
+bool slideInPlane(const Lnk& turning, const Lnk& sliding, Slide& out) {
+    const Vec3 turnAxis = unitAxis(turning), slideAxis = unitAxis(sliding);
+    if (isZero(turnAxis) || isZero(slideAxis)) return false;
+    out.plane = Plane(turnAxis);
+    const Point2 slide = out.plane.of(slideAxis);
+    out.unit = length(slide);
+    if (!(out.unit > 0.0)) return false;
+    out.dir = slide * (1.0 / out.unit);
+    return true;
+}
+
 // Kind 2: the grandparent turns about its pivot, the parent slides along a line that the turn
 // carries. The pin's distance from the pivot must become the target's (the rod length), which
 // gives the slide; the crank angle then turns the pin onto the target.
 bool solveTurnThenSlide(const Loop& loop, Values& out) {
-    const Vec3 turnAxis = unitAxis(*loop.g.link), slideAxis = unitAxis(*loop.p.link);
-    if (isZero(turnAxis) || isZero(slideAxis)) return false;
-    const Plane plane(turnAxis);
-    const Point2 slide = plane.of(slideAxis);
-    const double unit = length(slide);  // in the plane, per unit of slide
-    if (!(unit > 0.0)) return false;
-    const Point2 dir = slide * (1.0 / unit);
+    Slide slide;
+    if (!slideInPlane(*loop.g.link, *loop.p.link, slide)) return false;
+    const Plane& plane = slide.plane;
+    const Point2 dir = slide.dir;
     const Point2 pivot = plane.of(loop.g.link->axisB);
     const Point2 pin = plane.of(loop.f.link->axisA) - pivot;
     const Point2 reach = plane.of(loop.target) - pivot;
@@ -120,7 +137,7 @@ bool solveTurnThenSlide(const Loop& loop, Values& out) {
     const Point2 pinNow = plane.of(loop.now(loop.f.link->axisA, *loop.f.parent)) - pivot;
     const double side = dot(pinNow, dirNow) < 0.0 ? -1.0 : 1.0;
     const double travel = side * std::sqrt(rod2) - along;
-    out.parent = travel / unit;
+    out.parent = travel / slide.unit;
     out.grandparent = turn(pin + dir * travel, reach);
     return true;
 }
@@ -130,13 +147,10 @@ bool solveTurnThenSlide(const Loop& loop, Values& out) {
 // offset by the square root of (rod length squared - the target's distance from the slide
 // squared).
 bool solveSlideThenTurn(const Loop& loop, Values& out) {
-    const Vec3 slideAxis = unitAxis(*loop.g.link), turnAxis = unitAxis(*loop.p.link);
-    if (isZero(turnAxis) || isZero(slideAxis)) return false;
-    const Plane plane(turnAxis);
-    const Point2 slide = plane.of(slideAxis);
-    const double unit = length(slide);
-    if (!(unit > 0.0)) return false;
-    const Point2 dir = slide * (1.0 / unit);
+    Slide slide;
+    if (!slideInPlane(*loop.p.link, *loop.g.link, slide)) return false;
+    const Plane& plane = slide.plane;
+    const Point2 dir = slide.dir;
     const Point2 pivot = plane.of(loop.p.link->axisB);
     const Point2 rod = plane.of(loop.f.link->axisA) - pivot;
     const Point2 reach = plane.of(loop.target) - pivot;
@@ -148,7 +162,7 @@ bool solveSlideThenTurn(const Loop& loop, Values& out) {
                                    loop.now(loop.p.link->axisB, *loop.p.parent));
     const double side = dot(rodNow, dir) < 0.0 ? -1.0 : 1.0;
     const double travel = along - side * std::sqrt(root2);
-    out.grandparent = travel / unit;
+    out.grandparent = travel / slide.unit;
     out.parent = turn(rod, reach - dir * travel);
     return true;
 }

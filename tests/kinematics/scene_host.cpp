@@ -95,7 +95,7 @@ OrvVec3 SceneHost::place(uint64_t body, OrvVec3 p) const {
             p.x * m[2] + p.y * m[6] + p.z * m[10] + m[14]};
 }
 
-const SceneHost::Callbacks SceneHost::callbacks = {
+const orv::HostCallbacks SceneHost::callbacks = {
     HostCalls::firstChild, HostCalls::nextSibling, HostCalls::parent,    HostCalls::firstLink,
     HostCalls::nextLink,   HostCalls::linkRecord,  HostCalls::firstTrn,  HostCalls::nextTrn,
     HostCalls::trnRecord,  HostCalls::name,        HostCalls::getMatrix, HostCalls::setMatrix,
@@ -103,7 +103,7 @@ const SceneHost::Callbacks SceneHost::callbacks = {
 
 void SceneHost::install() {
     host = this;
-    const Callbacks& c = callbacks;
+    const orv::HostCallbacks& c = callbacks;
     KinematicCallback(c.firstChild, c.nextSibling, c.parent, c.firstLink, c.nextLink, c.linkRecord,
                       c.firstTrn, c.nextTrn, c.trnRecord, c.getObjectName, c.getMatrix, c.setMatrix,
                       c.checkCollision, c.beginUpdate, c.endUpdate);

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "kinematics/host_callbacks.h"
 #include "orvanta.h"
 
 struct SceneHost {
@@ -49,25 +50,8 @@ struct SceneHost {
     // Installs the fifteen callbacks and builds the joint tree.
     void install();
 
-    // The fifteen callbacks, in KinematicCallback's order; they reach the installed host.
-    struct Callbacks {
-        OrvFirstChildFn firstChild;
-        OrvNextSiblingFn nextSibling;
-        OrvParentFn parent;
-        OrvFirstLinkFn firstLink;
-        OrvNextLinkFn nextLink;
-        OrvLinkRecordFn linkRecord;
-        OrvFirstTrnFn firstTrn;
-        OrvNextTrnFn nextTrn;
-        OrvTrnRecordFn trnRecord;
-        OrvGetObjectNameFn getObjectName;
-        OrvGetMatrixFn getMatrix;
-        OrvSetMatrixFn setMatrix;
-        OrvCheckCollisionFn checkCollision;
-        OrvBeginUpdateFn beginUpdate;
-        OrvEndUpdateFn endUpdate;
-    };
-    static const Callbacks callbacks;
+    // The fifteen callbacks; they reach the installed host.
+    static const orv::HostCallbacks callbacks;
 };
 
 // A cyclic drive of one linear phase: path w in time t.
