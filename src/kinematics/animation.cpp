@@ -58,9 +58,9 @@ void propagate(const HostCallbacks& host, Lnk* link, double dLin, double dRot,
     }
 }
 
-// The corners of a record that every drive step reads: the axis flags and offsets, and each
-// drive's switch and phase count. (Asking for the phases too was no faster: only running
-// drives read them.)
+// The corners of a record that every drive step reads: the axis flags and offsets, each
+// drive's switch and phase count, and the host object that lists a moved link's transmissions.
+// (Asking for the phases too was no faster: only running drives read them.)
 void prefetchDriveFields(const Lnk& link) {
     prefetch(&link.lin);
     prefetch(&link.rotOffset);

@@ -10,6 +10,13 @@ namespace orv {
 // How many links ahead a pass asks for records.
 constexpr size_t kPrefetchAhead = 8;
 
+// A load whose value is not used. A prefetch hint for a page whose address the processor has
+// not translated lately may be dropped, as it mostly is for records that lie pages apart; a
+// load is not, and the hints that follow it for the same page then land.
+inline void touch(const void* p) {
+    (void)*static_cast<const volatile char*>(p);
+}
+
 inline void prefetch(const void* p) {
 #if defined(__GNUC__)
     __builtin_prefetch(p);

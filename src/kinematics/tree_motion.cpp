@@ -25,7 +25,7 @@ void resetMotion(const HostCallbacks& host, const MotionOrder& order) {
 // What a step reads and writes: the link's values, axis points and path, the joint's frames
 // and the child's motion.
 static void prefetchStep(const MotionStep& step) {
-    prefetch(&step.link->lin);
+    touch(&step.link->lin);
     prefetch(&step.link->rotCur);
     prefetch(&step.link->axisB);
     prefetch(&step.joint->axis);
