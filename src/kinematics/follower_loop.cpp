@@ -70,8 +70,7 @@ bool isZero(const Vec3& v) {
     return v.x == 0.0 && v.y == 0.0 && v.z == 0.0;
 }
 
-// ---- The solvers
-// ---------------------------------------------------------------------------------
+// ---- The solvers -------------------------------------------------------------------------------
 
 // One loop in the rest coordinates of its links, where their axis points are given: the
 // grandparent link g turns or slides its body, which carries the parent link p, which carries
