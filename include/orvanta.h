@@ -395,7 +395,7 @@ ORVANTA_API void* NextFix(void* previousCell, void** node, uint64_t* fixedBody);
 ORVANTA_API void* NextJnt(void* node, void* previousJoint, void** childNode, uint64_t* linkObject,
                           uint64_t* childBody);
 /** Advances every drive to time, passes the changes on through couplings and transmissions,
- *  sets every moved body's matrix down the joint tree, tests the follower loops and, with
+ *  sets every moved body's matrix down the joint tree, closes the follower loops and, with
  *  collisionCheck nonzero, asks CheckCollision about pairs of second-level objects. Returns 0,
  *  1 when a follower loop stays open, or 2 when a collision was found. */
 ORVANTA_API int32_t Animation(double time, int32_t collisionCheck);

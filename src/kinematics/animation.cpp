@@ -6,9 +6,11 @@
 
 #include "kinematics/checked_allocator.h"
 #include "kinematics/drive.h"
+#include "kinematics/follower_loop.h"
 #include "kinematics/host_scene.h"
 #include "kinematics/joint_tree.h"
-#include "kinematics/link_transform.h"
+#include "kinematics/prefetch.h"
+#include "kinematics/tree_motion.h"
 
 namespace orv {
 
@@ -56,10 +58,24 @@ void propagate(const HostCallbacks& host, Lnk* link, double dLin, double dRot,
     }
 }
 
+// The corners of a record that every drive step reads: the axis flags and offsets, each
+// drive's switch and phase count, and the host object that lists a moved link's transmissions.
+// (Asking for the phases too was no faster: only running drives read them.)
+void prefetchDriveFields(const Lnk& link) {
+    prefetch(&link.lin);
+    prefetch(&link.rotOffset);
+    prefetch(&link.linDrive.count);
+    prefetch(&link.rotDrive.count);
+    prefetch(&link.linkObject);
+}
+
 void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
     CheckedVector<const Lnk*> moved;
-    for (const SceneLink& sceneLink : scene.links) {
-        Lnk& link = *sceneLink.record;
+    const size_t count = scene.links.size();
+    for (size_t i = 0; i < count; ++i) {
+        if (i + kPrefetchAhead < count)
+            prefetchDriveFields(*scene.links[i + kPrefetchAhead].record);
+        Lnk& link = *scene.links[i].record;
         if (!link.lin && !link.rot) continue;
         // The record's fields are packed: work on copies.
         const double oldLin = link.linOffset, oldRot = link.rotOffset;
@@ -86,90 +102,6 @@ void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
 
 // ---- Solve -------------------------------------------------------------------------------------
 
-Mat4 identityMatrix() {
-    Mat4 m;
-    identity(m);
-    return m;
-}
-
-Mat4 matrixOf(const HostCallbacks& host, uint64_t body) {
-    Mat4 m = identityMatrix();
-    if (host.getMatrix) host.getMatrix(body, m.m);
-    return m;
-}
-
-void setMatrix(const HostCallbacks& host, uint64_t body, const Mat4& m) {
-    if (host.setMatrix) host.setMatrix(body, m.m);
-}
-
-// Every fixed body and every body below it through ordinary joints start from the identity.
-void resetMatrices(const HostCallbacks& host, const JointTree& tree) {
-    const Mat4 one = identityMatrix();
-    CheckedVector<const TreeNode*> open;
-    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
-        open.push_back(cell->node);
-        while (!open.empty()) {
-            const TreeNode* node = open.back();
-            open.pop_back();
-            setMatrix(host, node->body, one);
-            for (const Joint* j = node->firstJoint; j; j = j->next)
-                if (j->kind == kJointOrdinary && !j->leadsBack) open.push_back(j->child);
-        }
-    }
-}
-
-// Down each tree: a node's matrix is its body's matrix times the motion above it; each
-// ordinary joint adds its link's motion in front.
-void composeMatrices(const HostCallbacks& host, const JointTree& tree) {
-    struct Pending {
-        const TreeNode* node;
-        Mat4 above;
-    };
-    CheckedVector<Pending> open;
-    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
-        open.push_back({cell->node, identityMatrix()});
-        while (!open.empty()) {
-            const Pending p = open.back();
-            open.pop_back();
-            Mat4 m = p.above;
-            preMultiply(m, matrixOf(host, p.node->body));
-            setMatrix(host, p.node->body, m);
-            for (const Joint* j = p.node->firstJoint; j; j = j->next) {
-                if (j->kind != kJointOrdinary || j->leadsBack) continue;
-                Mat4 below = p.above;
-                applyLinkMotion(*j->link, below);
-                open.push_back({j->child, below});
-            }
-        }
-    }
-}
-
-// A follower joint is open when its link's point A, carried by the target body's motion and
-// by the source body's motion, lands in two places 0.001 or more apart.
-bool jointOpen(const HostCallbacks& host, const Joint& joint) {
-    Vec3 a = joint.link->axisA, b = joint.link->axisA;
-    transformPoint(a, matrixOf(host, joint.child->body));
-    transformPoint(b, matrixOf(host, joint.parent->body));
-    return !(length(a - b) < kLoopTolerance);
-}
-
-bool closeLoops(const HostCallbacks& host, const JointTree& tree) {
-    bool closed = true;
-    CheckedVector<const TreeNode*> open;
-    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next) {
-        open.push_back(cell->node);
-        while (!open.empty()) {
-            const TreeNode* node = open.back();
-            open.pop_back();
-            for (const Joint* j = node->firstJoint; j; j = j->next) {
-                if (j->kind >= kJointFollowerRotLin && jointOpen(host, *j)) closed = false;
-                if (!j->leadsBack) open.push_back(j->child);
-            }
-        }
-    }
-    return closed;
-}
-
 // The first top-level object whose name begins with "*" holds still: every top-level object's
 // matrix is re-expressed relative to it.
 void applyReferenceBody(const HostCallbacks& host) {
@@ -181,20 +113,27 @@ void applyReferenceBody(const HostCallbacks& host) {
         if (name[0] == '*') reference = o;
     }
     if (!reference) return;
-    Mat4 inverse = matrixOf(host, reference);
+    Mat4 inverse = bodyMatrix(host, reference);
     invert(inverse);
     for (uint64_t o = host.firstChild(0); o; o = host.nextSibling(o)) {
         Mat4 m = inverse;
-        preMultiply(m, matrixOf(host, o));
-        setMatrix(host, o, m);
+        preMultiply(m, bodyMatrix(host, o));
+        setBodyMatrix(host, o, m);
     }
 }
 
 bool solve(const HostCallbacks& host, const JointTree& tree) {
     if (host.beginUpdate) host.beginUpdate();
-    resetMatrices(host, tree);
-    composeMatrices(host, tree);
-    const bool closed = closeLoops(host, tree);
+    // Every tree is reset before the first is composed: a body in two trees takes both motions.
+    for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next)
+        identity(cell->node->above);
+    resetMotion(host, tree.motionOrder());
+    composeMotion(host, tree.motionOrder());
+    // Every open follower joint of kind 2, 3 or 4 is solved, in the order of the trees.
+    bool closed = true;
+    MotionOrder scratch;  // the nodes that a solve composes again
+    for (const Joint* j : tree.loopJoints())
+        if (loopOpen(host, *j) && !closeLoop(host, *j, scratch)) closed = false;
     applyReferenceBody(host);
     if (host.endUpdate) host.endUpdate();
     return closed;
@@ -213,9 +152,10 @@ bool findCollision(const HostCallbacks& host) {
     CheckedVector<Body> bodies;
     for (uint64_t top = host.firstChild(0); top; top = host.nextSibling(top)) {
         for (uint64_t o = host.firstChild(top); o; o = host.nextSibling(o)) {
-            Mat4 world = identityMatrix();
+            Mat4 world;
+            identity(world);
             for (uint64_t a = o; a; a = host.parent ? host.parent(a) : 0) {
-                Mat4 next = matrixOf(host, a);  // the child's motion first, then its owner's
+                Mat4 next = bodyMatrix(host, a);  // the child's motion first, then its owner's
                 preMultiply(next, world);
                 world = next;
             }
@@ -234,7 +174,7 @@ bool findCollision(const HostCallbacks& host) {
 
 int32_t animation(double time, int32_t collisionCheck) {
     const HostCallbacks& host = hostCallbacks();
-    runDrives(host, walkHostScene(host), time);
+    runDrives(host, walkHostScene(host, false), time);
     if (!solve(host, processJointTree())) return kAnimationLoopOpen;
     if (collisionCheck && findCollision(host)) return kAnimationCollision;
     return kAnimationDone;

@@ -10,9 +10,6 @@ constexpr int32_t kAnimationDone = 0;
 constexpr int32_t kAnimationLoopOpen = 1;   // a follower loop could not be closed
 constexpr int32_t kAnimationCollision = 2;  // moved, but two bodies intersect
 
-// Distance at which a follower joint counts as open.
-constexpr double kLoopTolerance = 0.001;
-
 int32_t animation(double time, int32_t collisionCheck);
 
 }  // namespace orv

@@ -26,6 +26,7 @@ double partialPath(const OrvPhase& p, double r, double a) {
 void evaluateDrive(const OrvDrive& drive, double t, double& offset) {
     if (!drive.on) return;
     const int count = std::clamp(drive.count, 0, 256);
+    if (count == 0) return;  // no time to run through: nothing is written
     double a = std::exp(-t * drive.damping);
     // The stretch takes the damping factor before the sign of an inverse drive.
     if (drive.stretch) t = t / std::sqrt(a);

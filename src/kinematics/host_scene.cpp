@@ -23,11 +23,16 @@ void collectLinks(const HostCallbacks& host, uint64_t object, DenseNumbering& se
 
 }  // namespace
 
-HostScene walkHostScene(const HostCallbacks& host) {
+HostScene walkHostScene(const HostCallbacks& host, bool withLinkEnds) {
     HostScene scene;
     if (!host.firstChild || !host.nextSibling) return scene;
 
-    DenseNumbering seenObjects, seenItems;
+    // A scene changes little between calls: the tables start as large as the last walk's, so
+    // they need not grow on the way.
+    static size_t lastObjects = 0, lastItems = 0;
+    DenseNumbering seenObjects(lastObjects), seenItems(lastItems);
+    scene.objects.reserve(lastObjects);
+    scene.links.reserve(lastItems);
     // Objects whose next sibling is due once their children are done.
     CheckedVector<uint64_t> open;
     uint64_t object = host.firstChild(0);
@@ -43,8 +48,10 @@ HostScene walkHostScene(const HostCallbacks& host) {
             open.pop_back();
         }
     }
+    lastObjects = seenObjects.size(), lastItems = seenItems.size();
     // The records' fields in a pass of their own: independent reads that the processor can
     // overlap, where reading them between host calls would wait for each in turn.
+    if (!withLinkEnds) return scene;
     for (SceneLink& link : scene.links) {
         link.source = link.record->sourceBody;
         link.target = link.record->targetBody;

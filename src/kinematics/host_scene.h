@@ -25,7 +25,8 @@ struct HostScene {
 
 // Walks from the scene root (FirstChild of 0). An object or link item met a second time ends
 // its list, so a host whose lists loop cannot hang the walk; items without a record are
-// skipped. Without the tree callbacks the scene is empty.
-HostScene walkHostScene(const HostCallbacks& host);
+// skipped. Without the tree callbacks the scene is empty. withLinkEnds reads each record's
+// source, target and Follow flag into the scene's links; without it they stay 0.
+HostScene walkHostScene(const HostCallbacks& host, bool withLinkEnds);
 
 }  // namespace orv

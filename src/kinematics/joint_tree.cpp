@@ -1,4 +1,5 @@
-// Contents: node storage; body numbers and outgoing links; kinds; the build; iteration.
+// Contents: node storage; body numbers and outgoing links; kinds; the build and its orders;
+// iteration.
 #include "kinematics/joint_tree.h"
 
 #include <cstddef>
@@ -41,6 +42,8 @@ void JointTree::clear() {
         chunks_ = next;
     }
     fixed_ = nullptr;
+    motionOrder_.clear();
+    loopJoints_.clear();
 }
 
 namespace {
@@ -113,7 +116,7 @@ int32_t followerKind(Joint* parentJoint) {
 
 void JointTree::build(const HostCallbacks& host) {
     clear();
-    const HostScene scene = walkHostScene(host);
+    const HostScene scene = walkHostScene(host, true);
     const DenseNumbering bodies = numberBodies(scene);
     const OutgoingLinks outgoing(scene, bodies);
 
@@ -173,6 +176,34 @@ void JointTree::build(const HostCallbacks& host) {
         cell->node = node;
         cell->next = fixed_;
         fixed_ = cell;
+    }
+
+    CheckedVector<const TreeNode*> open;
+    for (const FixedCell* cell = fixed_; cell; cell = cell->next) {
+        appendMotionOrder(*cell->node, motionOrder_);
+        open.push_back(cell->node);
+        while (!open.empty()) {
+            const TreeNode* node = open.back();
+            open.pop_back();
+            for (const Joint* j = node->firstJoint; j; j = j->next) {
+                if (j->kind >= kJointFollowerRotLin) loopJoints_.push_back(j);
+                if (!j->leadsBack) open.push_back(j->child);
+            }
+        }
+    }
+}
+
+void appendMotionOrder(TreeNode& root, MotionOrder& order) {
+    CheckedVector<TreeNode*> open{&root};
+    while (!open.empty()) {
+        TreeNode* node = open.back();
+        open.pop_back();
+        order.nodes.push_back(node);
+        for (const Joint* j = node->firstJoint; j; j = j->next) {
+            if (!movesChild(*j)) continue;
+            open.push_back(j->child);
+            order.steps.push_back({node, j, j->link, j->child});
+        }
     }
 }
 

@@ -9,7 +9,10 @@
 
 #include <cstdint>
 
+#include "kinematics/checked_allocator.h"
 #include "kinematics/host_callbacks.h"
+#include "kinematics/link_transform.h"
+#include "math/mat4.h"
 
 namespace orv {
 
@@ -25,6 +28,9 @@ struct Joint;
 struct TreeNode {
     uint64_t body;
     Joint* firstJoint;  // outgoing joints
+    // The links' motion above the node as the last animation step composed it: it carries the
+    // rest coordinates of the node's outgoing links into the world.
+    Mat4 above;
 };
 
 struct Joint {
@@ -36,7 +42,40 @@ struct Joint {
     int32_t kind;
     // The parent's body occurs again at or below the child: the links run in a circle.
     bool leadsBack;
+    // Derived from the link's axis points on the animation steps.
+    mutable AxisCache axis;
 };
+
+// Ordinary joints carry the motion down to their children; joints that close a circle of links
+// do not, so the walks end.
+inline bool movesChild(const Joint& joint) {
+    return joint.kind == kJointOrdinary && !joint.leadsBack;
+}
+
+// One joint that moves its child, with what its step reads, so that a pass over the steps can
+// ask for the memory of those ahead without reading the joints first.
+struct MotionStep {
+    TreeNode* parent;
+    const Joint* joint;
+    const Lnk* link;
+    TreeNode* child;
+};
+
+// The order in which the motion visits nodes, depth first from a stack with each node's joints
+// pushed in list order, so that each node comes before the nodes below it; and the joints that
+// move children, node by node in the same order and each node's in list order.
+struct MotionOrder {
+    CheckedVector<TreeNode*> nodes;
+    CheckedVector<MotionStep> steps;
+
+    void clear() {
+        nodes.clear();
+        steps.clear();
+    }
+};
+
+// Appends root and every node below it through joints that move their children.
+void appendMotionOrder(TreeNode& root, MotionOrder& order);
 
 struct FixedCell {
     TreeNode* node;
@@ -58,6 +97,13 @@ public:
     void clear();
 
     FixedCell* fixedList() const { return fixed_; }
+    // Every tree's motion order, the trees in the order of the fixed list. The tree changes only
+    // with the next build, and so do both orders.
+    const MotionOrder& motionOrder() const { return motionOrder_; }
+    // The follower joints of kinds 2 to 4 in the order the animation step closes them: the
+    // trees' nodes depth first from a stack (joints that close a circle of links not followed),
+    // each node's joints in list order.
+    const CheckedVector<const Joint*>& loopJoints() const { return loopJoints_; }
 
 private:
     template <typename T>
@@ -66,6 +112,8 @@ private:
     struct Chunk;
     Chunk* chunks_ = nullptr;
     FixedCell* fixed_ = nullptr;
+    MotionOrder motionOrder_;
+    CheckedVector<const Joint*> loopJoints_;
 };
 
 // The process-wide tree that KinematicInit builds and the host walks.

@@ -88,10 +88,14 @@ void placeOnPath(const Lnk& link, double s, double& x, double& y, double& tx, do
 
 }  // namespace
 
-void applyLinkMotion(const Lnk& link, Mat4& m) {
+bool ridesPath(const Lnk& link) {
+    return link.pathCount >= 2 && link.pathPoints && link.pathBulges;
+}
+
+void applyLinkMotion(const Lnk& link, AxisCache& cache, Mat4& m) {
     const double s = link.linCur + link.linOffset;
     const double angle = link.rotCur + link.rotOffset;
-    if (link.pathCount >= 2 && link.pathPoints && link.pathBulges) {
+    if (ridesPath(link)) {
         // Relative to the body's place at s = 0, in the path's plane: the heading follows the
         // tangent; the rotational axis turns the body about the path's Z axis on top.
         double x0, y0, tx0, ty0, x, y, tx, ty;
@@ -106,11 +110,18 @@ void applyLinkMotion(const Lnk& link, Mat4& m) {
         preMultiplyInverse(m, frame);
         return;
     }
-    Vec3 u = link.axisA - link.axisB;
+    const Vec3 a = link.axisA, b = link.axisB;
+    Vec3 u = a - b;
     normalise(u);
     if (link.lin) translate(m, s * u);
-    if (link.rot && (u.x != 0.0 || u.y != 0.0 || u.z != 0.0))
-        rotateAboutLine(m, link.axisB, u, angle);
+    if (!link.rot || (u.x == 0.0 && u.y == 0.0 && u.z == 0.0) || angle == 0.0) return;
+    // Bit for bit: a point that changed only in the sign of a zero builds other frames.
+    if (!cache.built || std::memcmp(&cache.a, &a, sizeof a) != 0 ||
+        std::memcmp(&cache.b, &b, sizeof b) != 0) {
+        lineFrame(cache.line, b, u);
+        cache.a = a, cache.b = b, cache.built = true;
+    }
+    rotateAboutLine(m, cache.line, angle);
 }
 
 }  // namespace orv

@@ -12,10 +12,21 @@ constexpr double kRadToDeg = 57.29577951471995;
 // 90 + 180 k for the y = 0 cases by sign, 0 for the zero vector.
 double directionAngle(double x, double y);
 
+// The link carries its body along a path of at least two points instead of its straight axis.
+bool ridesPath(const Lnk& link);
+
+// What turning about a link's straight axis takes from its axis points, kept between steps by
+// the joint that moves the link and built again when the points change.
+struct AxisCache {
+    Vec3 a, b;  // the points the frames were built from
+    bool built;
+    LineFrame line;
+};
+
 // m := (the link's motion) * m, with s = linCur + linear offset and the angle = rotCur +
 // rotational offset (degrees). Without a path: a translation by s along the unit vector from
 // B to A (when Lin is set) and a right-handed rotation by the angle about the line through B
 // along it (when Rot is set). With a path: the body rides the path by the arc length s.
-void applyLinkMotion(const Lnk& link, Mat4& m);
+void applyLinkMotion(const Lnk& link, AxisCache& cache, Mat4& m);
 
 }  // namespace orv

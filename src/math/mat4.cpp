@@ -4,7 +4,7 @@
 //   1. Elementary matrices and products: identity, preMultiply
 //   2. Inversion: adjugate, invert, preMultiplyInverse
 //   3. Builders: translate, scale, rotateX/Y/Z, rotateXYZ(Inverse), place(Inverse)
-//   4. Frames: axisFrame, rotateAboutLine, lookFrame
+//   4. Frames: axisFrame, lineFrame, rotateAboutLine, lookFrame
 //   5. Applying a matrix: transformPoint, transformDirection
 #include "math/mat4.h"
 
@@ -244,19 +244,32 @@ void axisFrame(Mat4& m, const Vec3& p, const Vec3& d) {
     preMultiplyInverse(m, r2);
 }
 
-void rotateAboutLine(Mat4& m, const Vec3& p, const Vec3& d, double angle) {
-    if (angle == 0.0) {
-        return;
-    }
+void lineFrame(LineFrame& f, const Vec3& p, const Vec3& d) {
     // The frame is built on the unit direction: with a longer d, axisFrame's tilt would also
     // scale Y and Z, and conjugating a Z rotation by that scale would shear the result.
     Vec3 u = d;
     normalise(u);
-    Mat4 a;
-    axisFrame(a, p, u);
-    preMultiply(m, a);
+    axisFrame(f.frame, p, u);
+    f.inverse = f.frame;
+    invert(f.inverse);
+}
+
+void rotateAboutLine(Mat4& m, const LineFrame& f, double angle) {
+    if (angle == 0.0) {
+        return;
+    }
+    preMultiply(m, f.frame);
     rotateZ(m, angle);
-    preMultiplyInverse(m, a);
+    preMultiply(m, f.inverse);
+}
+
+void rotateAboutLine(Mat4& m, const Vec3& p, const Vec3& d, double angle) {
+    if (angle == 0.0) {
+        return;
+    }
+    LineFrame f;
+    lineFrame(f, p, d);
+    rotateAboutLine(m, f, angle);
 }
 
 void lookFrame(Mat4& m, const Vec3& a, const Vec3& up) {

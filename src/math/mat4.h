@@ -58,6 +58,15 @@ void axisFrame(Mat4& m, const Vec3& p, const Vec3& d);
 // M := R * M, R the right-handed rotation by angle degrees about the line through p along d;
 // the length of d does not matter. No-op for an angle of exactly 0.
 void rotateAboutLine(Mat4& m, const Vec3& p, const Vec3& d, double angle);
+// The frame of a line that rotateAboutLine conjugates with, and its inverse: kept by callers
+// that turn about the same line again and again.
+struct LineFrame {
+    Mat4 frame, inverse;
+};
+// f := the frames of the line through p along d (any length).
+void lineFrame(LineFrame& f, const Vec3& p, const Vec3& d);
+// rotateAboutLine about the line whose frames f holds: the same matrix, bit for bit.
+void rotateAboutLine(Mat4& m, const LineFrame& f, double angle);
 // M := view frame taking a world point q to (q.c, q.e, q.a): view direction a becomes +Z,
 // side c = |a x up|, up e = |c x a| (a and up are normalised first).
 void lookFrame(Mat4& m, const Vec3& a, const Vec3& up);

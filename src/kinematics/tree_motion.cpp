@@ -1,0 +1,53 @@
+#include "kinematics/tree_motion.h"
+
+#include "kinematics/link_transform.h"
+#include "kinematics/prefetch.h"
+
+namespace orv {
+
+Mat4 bodyMatrix(const HostCallbacks& host, uint64_t body) {
+    Mat4 m;
+    identity(m);
+    if (host.getMatrix) host.getMatrix(body, m.m);
+    return m;
+}
+
+void setBodyMatrix(const HostCallbacks& host, uint64_t body, const Mat4& m) {
+    if (host.setMatrix) host.setMatrix(body, m.m);
+}
+
+void resetMotion(const HostCallbacks& host, const MotionOrder& order) {
+    Mat4 one;
+    identity(one);
+    for (const TreeNode* node : order.nodes) setBodyMatrix(host, node->body, one);
+}
+
+// What a step reads and writes: the link's values, axis points and path, the joint's frames
+// and the child's motion.
+static void prefetchStep(const MotionStep& step) {
+    touch(&step.link->lin);
+    prefetch(&step.link->rotCur);
+    prefetch(&step.link->axisB);
+    prefetch(&step.joint->axis);
+    prefetch(&step.joint->axis.line.frame.m[8]);
+    prefetch(&step.joint->axis.line.inverse.m[8]);
+    prefetch(&step.child->above);
+}
+
+void composeMotion(const HostCallbacks& host, const MotionOrder& order) {
+    const size_t count = order.steps.size();
+    size_t k = 0;
+    for (TreeNode* n : order.nodes) {
+        Mat4 m = n->above;
+        preMultiply(m, bodyMatrix(host, n->body));
+        setBodyMatrix(host, n->body, m);
+        for (; k < count && order.steps[k].parent == n; ++k) {
+            if (k + kPrefetchAhead < count) prefetchStep(order.steps[k + kPrefetchAhead]);
+            const MotionStep& step = order.steps[k];
+            step.child->above = n->above;
+            applyLinkMotion(*step.link, step.joint->axis, step.child->above);
+        }
+    }
+}
+
+}  // namespace orv
