@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "appearance/box_recorder.h"
 #include "core/records.h"
+#include "support/box_recorder.h"
 
 namespace {
 
@@ -174,7 +174,7 @@ TEST(TextureBuild, TheQuestionDecidesAndIsRemembered) {
             ASSERT_EQ(BoxRecorder::shown().size(), 1u);
             const ShownMessage& box = BoxRecorder::shown()[0];
             EXPECT_EQ(box.caption, "Bild laden");
-            EXPECT_EQ(box.text, BoxRecorder::text(119));
+            EXPECT_EQ(box.text, localisedText(119));
             EXPECT_EQ(box.text.rfind("Das Bild ist nicht quadratisch.\n", 0), 0u) << box.text;
             EXPECT_EQ(box.style, orv::kMbYesNoCancel | orv::kMbIconQuestion);
         }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "appearance/texture_build.h"
@@ -81,24 +82,11 @@ TEST(TextTexture, EachPlacementPutsTheInkWhereItSays) {
             EXPECT_EQ(k.others, 0);
             EXPECT_LT(k.right - k.left, 100);
             EXPECT_LT(k.bottom - k.top, 60);
-            if (h == 0) {
-                EXPECT_LT(k.left, 12);
-            }
-            if (h == 1) {
-                EXPECT_NEAR(k.centreX(), 128, 8);
-            }
-            if (h == 2) {
-                EXPECT_GT(k.right, 243);
-            }
-            if (v == 0) {
-                EXPECT_LT(k.top, 16);
-            }
-            if (v == 4) {
-                EXPECT_NEAR(k.centreY(), 128, 12);
-            }
-            if (v == 8) {
-                EXPECT_GT(k.bottom, 243);
-            }
+            // Left, centre, right; top, middle, bottom.
+            const bool placedH[] = {k.left < 12, std::abs(k.centreX() - 128) <= 8, k.right > 243};
+            const bool placedV[] = {k.top < 16, std::abs(k.centreY() - 128) <= 12, k.bottom > 243};
+            EXPECT_TRUE(placedH[h]) << "ink from column " << k.left << " to " << k.right;
+            EXPECT_TRUE(placedV[v / 4]) << "ink from row " << k.top << " to " << k.bottom;
             EXPECT_EQ(slot.s.pixels[3], 255);  // alpha
         }
     }

@@ -20,9 +20,10 @@
 namespace {
 
 using Rgba = std::array<float, 4>;
+constexpr float kUnset = -9;  // what a query leaves in components it does not fill
 
 Rgba light(int index, GLenum pname) {
-    Rgba v{-9, -9, -9, -9};
+    Rgba v{kUnset, kUnset, kUnset, kUnset};
     glGetLightfv(GLenum(GL_LIGHT0 + index), pname, v.data());
     return v;
 }
@@ -44,6 +45,12 @@ Rgba floats(GLenum pname) {
 GLint integer(GLenum pname) {
     GLint v = -9;
     glGetIntegerv(pname, &v);
+    return v;
+}
+
+GLint textureParameter(GLenum pname) {
+    GLint v = -9;
+    glGetTexParameteriv(GL_TEXTURE_2D, pname, &v);
     return v;
 }
 
@@ -182,20 +189,16 @@ TEST_F(ViewerTest, SurfaceTextureStateFollowsTheSlot) {
         slot.tileY = c.tileY;
         ViewerDefineMat(&mat_, 0, 1.0, 1);
         EXPECT_EQ(glIsEnabled(GL_TEXTURE_2D), GL_TRUE);
-        GLint v = -1;
-        glGetTexEnviv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, &v);
-        EXPECT_EQ(v, c.envMode);
+        GLint envMode = -1;
+        glGetTexEnviv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, &envMode);
+        EXPECT_EQ(envMode, c.envMode);
         Rgba envColour{};
         glGetTexEnvfv(GL_TEXTURE_ENV, GL_TEXTURE_ENV_COLOR, envColour.data());
         EXPECT_RGBA(envColour, expected(0.25, 0.5, 0.75, c.envAlpha));
-        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &v);
-        EXPECT_EQ(v, c.glFilter);
-        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, &v);
-        EXPECT_EQ(v, c.glFilter);
-        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, &v);
-        EXPECT_EQ(v, c.wrapS);
-        glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, &v);
-        EXPECT_EQ(v, c.wrapT);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_MIN_FILTER), c.glFilter);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_MAG_FILTER), c.glFilter);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_WRAP_S), c.wrapS);
+        EXPECT_EQ(textureParameter(GL_TEXTURE_WRAP_T), c.wrapT);
     }
 }
 
@@ -392,10 +395,7 @@ TEST_F(LightsTest, SceneLightGeometryByType) {
     EXPECT_FLOAT_EQ(lightScalar(0, GL_SPOT_CUTOFF), 180.0f);
 
     EXPECT_RGBA(light(1, GL_POSITION), expected(3, 4, 12, 1));
-    const Rgba direction = light(1, GL_SPOT_DIRECTION);
-    EXPECT_FLOAT_EQ(direction[0], float(-2 / n));
-    EXPECT_FLOAT_EQ(direction[1], float(-2 / n));
-    EXPECT_FLOAT_EQ(direction[2], float(-9 / n));
+    EXPECT_RGBA(light(1, GL_SPOT_DIRECTION), expected(-2 / n, -2 / n, -9 / n, kUnset));
     EXPECT_FLOAT_EQ(lightScalar(1, GL_SPOT_CUTOFF), 35.0f);
     EXPECT_FLOAT_EQ(lightScalar(1, GL_SPOT_EXPONENT), 12.0f);
     EXPECT_NEAR(lightScalar(1, GL_QUADRATIC_ATTENUATION), 0.75f, 1e-6);
@@ -452,8 +452,7 @@ TEST_F(LightsTest, StandardHeadLightAloneHasTheFullBrightness) {
     EXPECT_RGBA(light(0, GL_SPECULAR), expected(0.8, 0.8, 0.8, 1));
     EXPECT_RGBA(light(0, GL_AMBIENT), expected(0.2 * 0.8, 0.3 * 0.8, 0.4 * 0.8, 1));
     EXPECT_RGBA(light(0, GL_POSITION), expected(0, 0, 1000, 1));
-    const Rgba direction = light(0, GL_SPOT_DIRECTION);
-    EXPECT_FLOAT_EQ(direction[2], -1.0f);
+    EXPECT_RGBA(light(0, GL_SPOT_DIRECTION), expected(0, 0, -1, kUnset));
     EXPECT_FLOAT_EQ(lightScalar(0, GL_SPOT_CUTOFF), 90.0f);
 }
 
@@ -469,8 +468,8 @@ TEST_F(LightsTest, AllStandardLightsShareTheBrightnessInOrder) {
         EXPECT_RGBA(light(n, GL_DIFFUSE), expected(i, i, i, 1));
         EXPECT_RGBA(light(n, GL_POSITION),
                     expected(20 * axes[n][0], 20 * axes[n][1], 20 * axes[n][2], 1));
-        const Rgba d = light(n, GL_SPOT_DIRECTION);
-        for (int k = 0; k < 3; ++k) EXPECT_FLOAT_EQ(d[k], float(-axes[n][k]));
+        EXPECT_RGBA(light(n, GL_SPOT_DIRECTION),
+                    expected(-axes[n][0], -axes[n][1], -axes[n][2], kUnset));
         EXPECT_FLOAT_EQ(lightScalar(n, GL_SPOT_CUTOFF), 90.0f);
     }
     // The head light comes last: a direction from a quarter of the distance above the eye.

@@ -308,13 +308,6 @@ TEST(LinkInfo, TextsRoundTrip) {
     }
 }
 
-TEST(LinkInfo, ExtraDecimalsAreLostInTheNextText) {
-    Lnk lnk = zeroLink();
-    PutLnkInfo(&lnk, "LinCur=1.23456;RotCur=-0.0004;");
-    EXPECT_EQ(+lnk.linCur, 1.23456);
-    EXPECT_EQ(infoOf(lnk), "LinCur=1.235;RotCur=-0.000;");
-}
-
 // ---- Numbers ---------------------------------------------------------------------------------
 
 // The Windows runtime's results, bit for bit (glibc's differ for hexadecimal, infinity, NaN and

@@ -5,19 +5,12 @@
 #include <string>
 
 #include "core/library_module.h"
-#include "core/message_box.h"
 #include "i18n/localise.h"
-#include "i18n_test_support.h"
+#include "support/box_recorder.h"
 
 namespace {
 
 using orv::kLocalisedMax;
-
-std::string localised(int32_t id) {
-    char out[kLocalisedMax];
-    orv::loadLocalisedString(id, out);
-    return out;
-}
 
 class LocalisedStrings : public ::testing::Test {
 protected:
@@ -60,7 +53,7 @@ TEST_F(LocalisedStrings, BuiltInGermanInTheSingleByteCodePage) {
         {-1, ""},
     };
     for (int pass = 0; pass < 2; ++pass) {  // without a table, then with one lacking the ids
-        for (const auto& c : cases) EXPECT_EQ(localised(c.id), c.text) << "id " << c.id;
+        for (const auto& c : cases) EXPECT_EQ(localisedText(c.id), c.text) << "id " << c.id;
         orv::loadTranslationTable(libraryBeside("$000.107 Unused\n").c_str());
     }
 }
@@ -68,16 +61,16 @@ TEST_F(LocalisedStrings, BuiltInGermanInTheSingleByteCodePage) {
 TEST_F(LocalisedStrings, TranslationBesideTheLibraryComesFirst) {
     orv::loadTranslationTable(
         libraryBeside("$000.106 Scene\\tA\\B\r\n$000.155 Out of memory\r\n").c_str());
-    EXPECT_EQ(localised(106), "Scene\tAB");
-    EXPECT_EQ(localised(155), "Out of memory");
-    EXPECT_EQ(localised(124), "Glanz");
+    EXPECT_EQ(localisedText(106), "Scene\tAB");
+    EXPECT_EQ(localisedText(155), "Out of memory");
+    EXPECT_EQ(localisedText(124), "Glanz");
 
     char caption[kLocalisedMax] = "Typ $000.155 MB";
     EXPECT_EQ(orv::localiseInPlace(caption), 1);
     EXPECT_STREQ(caption, "Out of memory MB");
 
     orv::freeTranslationTable();
-    EXPECT_EQ(localised(106), "Szene");
+    EXPECT_EQ(localisedText(106), "Szene");
 }
 
 TEST_F(LocalisedStrings, FileNameInTheCurrentFolderWhenNoneIsBesideTheLibrary) {
@@ -89,9 +82,9 @@ TEST_F(LocalisedStrings, FileNameInTheCurrentFolderWhenNoneIsBesideTheLibrary) {
 #else
     orv::loadTranslationTable("/no such folder/Orvanta.dll");
 #endif
-    const std::string fromCurrentFolder = localised(106);
+    const std::string fromCurrentFolder = localisedText(106);
     orv::loadTranslationTable("Q:Orvanta.dll");  // a drive-relative name: the part behind ":"
-    const std::string behindColon = localised(106);
+    const std::string behindColon = localisedText(106);
     std::filesystem::current_path(savedCurrent);
     EXPECT_EQ(fromCurrentFolder, "Scene");
     EXPECT_EQ(behindColon, "Scene");
@@ -100,25 +93,12 @@ TEST_F(LocalisedStrings, FileNameInTheCurrentFolderWhenNoneIsBesideTheLibrary) {
 TEST_F(LocalisedStrings, LibraryNameWithoutExtensionGetsOne) {
     folder_.write("Orvanta.ltx", "$000.106 Scene");
     orv::loadTranslationTable(folder_.file("Orvanta").c_str());
-    EXPECT_EQ(localised(106), "Scene");
+    EXPECT_EQ(localisedText(106), "Scene");
     orv::loadTranslationTable(folder_.file("Missing.dll").c_str());
-    EXPECT_EQ(localised(106), "Szene");
-}
-
-struct RecordedBox {
-    void* owner;
-    std::string text, caption;
-    uint32_t style;
-};
-RecordedBox recorded;
-
-int32_t recordBox(void* owner, const char* text, const char* caption, uint32_t style) {
-    recorded = {owner, text, caption, style};
-    return orv::kIdNo;
+    EXPECT_EQ(localisedText(106), "Szene");
 }
 
 TEST_F(LocalisedStrings, MessageBoxGetsLocalisedTextAndCaption) {
-    const orv::MessageBoxFn saved = orv::setMessageBoxHandler(recordBox);
     int owner = 0;
     const uint32_t style = orv::kMbYesNoCancel | orv::kMbIconQuestion;
     const struct {
@@ -138,15 +118,17 @@ TEST_F(LocalisedStrings, MessageBoxGetsLocalisedTextAndCaption) {
          "fung"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.translations << " argument " << c.argument);
         orv::loadTranslationTable(libraryBeside(c.translations).c_str());
-        recorded = {};
+        const BoxRecorder boxes(orv::kIdNo);
         EXPECT_EQ(orv::showLocalisedMessage(&owner, 265, 266, c.argument, style), orv::kIdNo);
-        EXPECT_EQ(recorded.text, c.text) << c.translations << " argument " << c.argument;
-        EXPECT_EQ(recorded.caption, c.caption) << c.translations;
-        EXPECT_EQ(recorded.owner, &owner);
-        EXPECT_EQ(recorded.style, style);
+        ASSERT_EQ(BoxRecorder::shown().size(), 1u);
+        const ShownMessage& box = BoxRecorder::shown()[0];
+        EXPECT_EQ(box.text, c.text);
+        EXPECT_EQ(box.caption, c.caption);
+        EXPECT_EQ(box.owner, &owner);
+        EXPECT_EQ(box.style, style);
     }
-    orv::setMessageBoxHandler(saved);
 }
 
 }  // namespace

@@ -253,11 +253,9 @@ TEST(Mat4Test, LookFrameProjectsOntoSideUpAndView) {
 TEST(Mat4Test, TransformDirectionIgnoresTranslation) {
     Vec3 v{1, 2, 3};
     orv::transformDirection(v, kGeneral);
-    const Vec3 p = point({1, 2, 3}, kGeneral);
-    const Vec3 want[] = {{1 * 2 + 2 * 1 + 3 * -0.5, 1 * -1 + 2 * 3 + 3 * 1.5, 1 * 0.5 + 2 * -2 + 3 * 4},
-                         {v.x + 7, v.y - 3, v.z + 2}};
-    expectVecNear(want[0], v, 0.0);
-    expectVecNear(want[1], p, 0.0);
+    expectVecNear({1 * 2 + 2 * 1 + 3 * -0.5, 1 * -1 + 2 * 3 + 3 * 1.5, 1 * 0.5 + 2 * -2 + 3 * 4},
+                  v, 0.0);
+    expectVecNear({v.x + 7, v.y - 3, v.z + 2}, point({1, 2, 3}, kGeneral), 0.0);
 }
 
 }  // namespace

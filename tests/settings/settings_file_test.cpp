@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 #include <string>
 
 #include "settings/settings.h"
+#include "support/temp_folder.h"
 
 namespace {
 
@@ -26,14 +26,9 @@ protected:
             saved[i] = value ? value : "";
             wasSet[i] = value != nullptr;
         }
-        dir = fs::temp_directory_path() /
-              ("orvanta-settings-" + std::to_string(std::random_device{}()));
-        fs::create_directories(dir);
-        file = dir / "settings";
         setenv("ORVANTA_SETTINGS_FILE", file.c_str(), 1);
     }
     void TearDown() override {
-        fs::remove_all(dir);
         for (int i = 0; i < 3; ++i)
             wasSet[i] ? setenv(kEnvironment[i], saved[i].c_str(), 1) : unsetenv(kEnvironment[i]);
     }
@@ -43,9 +38,10 @@ protected:
         text << in.rdbuf();
         return text.str();
     }
-    void put(const std::string& text) const { std::ofstream(file, std::ios::binary) << text; }
+    void put(const std::string& text) const { folder.write("settings", text); }
 
-    fs::path dir, file;
+    TempFolder folder;
+    const fs::path dir = folder.path(), file = dir / "settings";
     std::string saved[3];
     bool wasSet[3];
 };

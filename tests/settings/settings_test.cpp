@@ -1,17 +1,16 @@
 // The settings store as its callers see it, the same on both backends: round trips of each
 // type, the exact-size rule for binaries, missing keys and values, and the stored sizes.
-// Natively each test gets a settings file of its own; on Windows they share the user's
+// Natively each test starts with an empty settings file; on Windows they share the user's
 // registry key, so every value is named "Test..." and removed afterwards.
 #include "settings/settings.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <random>
 #include <string>
 #include <vector>
+
+#include "support/stored_defaults.h"
 
 namespace {
 
@@ -20,28 +19,13 @@ constexpr const char* kKey = kLibrarySubkey;
 
 class SettingsStore : public ::testing::Test {
 protected:
-    void SetUp() override {
-#ifndef _WIN32
-        const char* previous = std::getenv("ORVANTA_SETTINGS_FILE");
-        savedFile = previous ? previous : "";
-        file = std::filesystem::temp_directory_path() /
-               ("orvanta-settings-" + std::to_string(std::random_device{}()));
-        setenv("ORVANTA_SETTINGS_FILE", file.c_str(), 1);
-#endif
-    }
+    void SetUp() override { isolateSettings(); }
     void TearDown() override {
         for (const char* name : {"TestNumber", "TestString", "TestBinary"}) {
             deleteValue(kUserHive, kKey, name);
             deleteValue(kMachineHive, kKey, name);
         }
-#ifndef _WIN32
-        std::filesystem::remove(file);
-        savedFile.empty() ? unsetenv("ORVANTA_SETTINGS_FILE")
-                          : setenv("ORVANTA_SETTINGS_FILE", savedFile.c_str(), 1);
-#endif
     }
-    std::filesystem::path file;
-    std::string savedFile;
 };
 
 std::vector<uint8_t> pattern(size_t size) {

@@ -12,9 +12,17 @@
 #include "i18n/localise.h"
 
 struct ShownMessage {
+    void* owner;
     std::string caption, text;
     uint32_t style;
 };
+
+// The text of a string-table id as the library loads it.
+inline std::string localisedText(int32_t id) {
+    char out[orv::kLocalisedMax];
+    orv::loadLocalisedString(id, out);
+    return out;
+}
 
 class BoxRecorder {
 public:
@@ -24,8 +32,8 @@ public:
         savedModule_ = orv::libraryModule();
         orv::setLibraryModule(stringTableModule());
         saved_ = orv::setMessageBoxHandler(
-            [](void*, const char* text, const char* caption, uint32_t style) {
-                shown().push_back({caption, text, style});
+            [](void* owner, const char* text, const char* caption, uint32_t style) {
+                shown().push_back({owner, caption, text, style});
                 return answer();
             });
     }
@@ -39,12 +47,6 @@ public:
     static std::vector<ShownMessage>& shown() {
         static std::vector<ShownMessage> boxes;
         return boxes;
-    }
-    // The built-in text of a string-table id.
-    static std::string text(int32_t id) {
-        char out[orv::kLocalisedMax];
-        orv::loadLocalisedString(id, out);
-        return out;
     }
 
 private:
