@@ -9,15 +9,18 @@
 #include "math/mat4.h"
 
 #include <cmath>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 namespace orv {
 
 namespace {
 
+constexpr Mat4 kIdentity = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
+
 Mat4 identityMatrix() {
-    Mat4 r;
-    identity(r);
-    return r;
+    return kIdentity;
 }
 
 // Determinant of the 3x3 block of rows ra, rb, rc and columns 1 to 3, as the six products
@@ -36,13 +39,38 @@ double minorOfColumns123(const double* m, int ra, int rb, int rc) {
 // ---------------------------------------------------------------------------------------
 
 void identity(Mat4& m) {
-    for (double& v : m.m) {
-        v = 0.0;
-    }
-    m.m[0] = m.m[5] = m.m[10] = m.m[15] = 1.0;
+    m = kIdentity;
 }
 
 void preMultiply(Mat4& m, const Mat4& b) {
+#if defined(__SSE2__)
+    // Two columns at a time, m held in registers. Each entry is the same sum of the same
+    // products as below, added in the same order, so the result is the same to the last bit.
+    // Row j of the product is stored once row j of b is read, so m and b may be the same
+    // matrix (squaring).
+    const double* a = m.m;
+    const __m128d a0l = _mm_loadu_pd(a + 0), a0h = _mm_loadu_pd(a + 2);
+    const __m128d a1l = _mm_loadu_pd(a + 4), a1h = _mm_loadu_pd(a + 6);
+    const __m128d a2l = _mm_loadu_pd(a + 8), a2h = _mm_loadu_pd(a + 10);
+    const __m128d a3l = _mm_loadu_pd(a + 12), a3h = _mm_loadu_pd(a + 14);
+    auto row = [&](int j) {
+        const double* bj = &b.m[4 * j];
+        const __m128d b0 = _mm_set1_pd(bj[0]), b1 = _mm_set1_pd(bj[1]);
+        const __m128d b2 = _mm_set1_pd(bj[2]), b3 = _mm_set1_pd(bj[3]);
+        const __m128d l = _mm_add_pd(
+            _mm_add_pd(_mm_add_pd(_mm_mul_pd(b0, a0l), _mm_mul_pd(b1, a1l)), _mm_mul_pd(b2, a2l)),
+            _mm_mul_pd(b3, a3l));
+        const __m128d h = _mm_add_pd(
+            _mm_add_pd(_mm_add_pd(_mm_mul_pd(b0, a0h), _mm_mul_pd(b1, a1h)), _mm_mul_pd(b2, a2h)),
+            _mm_mul_pd(b3, a3h));
+        _mm_storeu_pd(m.m + 4 * j, l);
+        _mm_storeu_pd(m.m + 4 * j + 2, h);
+    };
+    row(0);
+    row(1);
+    row(2);
+    row(3);
+#else
     // The product goes into a temporary: m and b may be the same matrix (squaring).
     Mat4 r;
     for (int j = 0; j < 4; ++j) {
@@ -53,6 +81,7 @@ void preMultiply(Mat4& m, const Mat4& b) {
         }
     }
     m = r;
+#endif
 }
 
 // ---------------------------------------------------------------------------------------
