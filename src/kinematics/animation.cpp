@@ -70,7 +70,7 @@ void prefetchDriveFields(const Lnk& link) {
 }
 
 void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
-    CheckedVector<const Lnk*> moved;
+    static CheckedVector<const Lnk*> moved;  // kept for its memory
     const size_t count = scene.links.size();
     for (size_t i = 0; i < count; ++i) {
         if (i + kPrefetchAhead < count)
@@ -131,7 +131,7 @@ bool solve(const HostCallbacks& host, const JointTree& tree) {
     composeMotion(host, tree.motionOrder());
     // Every open follower joint of kind 2, 3 or 4 is solved, in the order of the trees.
     bool closed = true;
-    MotionOrder scratch;  // the nodes that a solve composes again
+    static MotionOrder scratch;  // the nodes that a solve composes again
     for (const Joint* j : tree.loopJoints())
         if (loopOpen(host, *j) && !closeLoop(host, *j, scratch)) closed = false;
     applyReferenceBody(host);
@@ -174,7 +174,10 @@ bool findCollision(const HostCallbacks& host) {
 
 int32_t animation(double time, int32_t collisionCheck) {
     const HostCallbacks& host = hostCallbacks();
-    runDrives(host, walkHostScene(host, false), time);
+    // Kept from step to step, so that walking an unchanged scene again allocates nothing.
+    static HostScene scene;
+    walkHostScene(host, false, scene);
+    runDrives(host, scene, time);
     if (!solve(host, processJointTree())) return kAnimationLoopOpen;
     if (collisionCheck && findCollision(host)) return kAnimationCollision;
     return kAnimationDone;

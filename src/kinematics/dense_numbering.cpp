@@ -1,5 +1,7 @@
 #include "kinematics/dense_numbering.h"
 
+#include <algorithm>
+
 namespace orv {
 
 DenseNumbering::DenseNumbering(size_t expected) {
@@ -30,6 +32,11 @@ size_t DenseNumbering::insert(uint64_t value, bool* added) {
 size_t DenseNumbering::find(uint64_t value) const {
     const size_t slot = slotOf(value);
     return slots_[slot] ? slots_[slot] - 1 : kNone;
+}
+
+void DenseNumbering::clear() {
+    std::fill(slots_.begin(), slots_.end(), 0u);
+    values_.clear();
 }
 
 void DenseNumbering::grow() {

@@ -20,6 +20,9 @@ public:
     size_t insert(uint64_t value, bool* added = nullptr);
     // The value's number, or kNone.
     size_t find(uint64_t value) const;
+    // Forgets every value and keeps the table's size, so that numbering as many values again
+    // allocates nothing.
+    void clear();
 
     size_t size() const { return values_.size(); }
     uint64_t value(size_t number) const { return values_[number]; }

@@ -116,7 +116,8 @@ int32_t followerKind(Joint* parentJoint) {
 
 void JointTree::build(const HostCallbacks& host) {
     clear();
-    const HostScene scene = walkHostScene(host, true);
+    HostScene scene;
+    walkHostScene(host, true, scene);
     const DenseNumbering bodies = numberBodies(scene);
     const OutgoingLinks outgoing(scene, bodies);
 
@@ -194,7 +195,8 @@ void JointTree::build(const HostCallbacks& host) {
 }
 
 void appendMotionOrder(TreeNode& root, MotionOrder& order) {
-    CheckedVector<TreeNode*> open{&root};
+    CheckedVector<TreeNode*>& open = order.pending;
+    open.assign(1, &root);
     while (!open.empty()) {
         TreeNode* node = open.back();
         open.pop_back();

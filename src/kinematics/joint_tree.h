@@ -67,6 +67,7 @@ struct MotionStep {
 struct MotionOrder {
     CheckedVector<TreeNode*> nodes;
     CheckedVector<MotionStep> steps;
+    CheckedVector<TreeNode*> pending;  // appendMotionOrder's stack, kept for its memory
 
     void clear() {
         nodes.clear();
