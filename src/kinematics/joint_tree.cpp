@@ -44,6 +44,8 @@ void JointTree::clear() {
     fixed_ = nullptr;
     motionOrder_.clear();
     loopJoints_.clear();
+    slots_ = DenseNumbering();
+    walkSlots_.clear();
 }
 
 namespace {
@@ -192,6 +194,11 @@ void JointTree::build(const HostCallbacks& host) {
             }
         }
     }
+
+    for (MotionStep& step : motionOrder_.steps)
+        step.slot = uint32_t(slots_.insert(reinterpret_cast<uintptr_t>(step.link)));
+    walkSlots_.reserve(scene.links.size());
+    for (const SceneLink& link : scene.links) walkSlots_.push_back({link.record, slotOf(link.record)});
 }
 
 void appendMotionOrder(TreeNode& root, MotionOrder& order) {
@@ -204,7 +211,7 @@ void appendMotionOrder(TreeNode& root, MotionOrder& order) {
         for (const Joint* j = node->firstJoint; j; j = j->next) {
             if (!movesChild(*j)) continue;
             open.push_back(j->child);
-            order.steps.push_back({node, j, j->link, j->child});
+            order.steps.push_back({node, j, j->link, j->child, kNoSlot});
         }
     }
 }
