@@ -4,16 +4,10 @@ namespace orv {
 
 namespace {
 
-bool firstMeeting(DenseNumbering& seen, uint64_t value) {
-    bool added = false;
-    seen.insert(value, &added);
-    return added;
-}
-
-void collectLinks(const HostCallbacks& host, uint64_t object, DenseNumbering& seenItems,
+void collectLinks(const HostCallbacks& host, uint64_t object, ValueSet& seenItems,
                   HostScene& scene) {
     if (!host.firstLink || !host.nextLink || !host.linkRecord) return;
-    for (uint64_t item = host.firstLink(object); item && firstMeeting(seenItems, item);
+    for (uint64_t item = host.firstLink(object); item && seenItems.insert(item);
          item = host.nextLink(item)) {
         if (Lnk* record = host.linkRecord(item)) scene.links.push_back({record, 0, 0, false});
     }
@@ -29,12 +23,12 @@ void walkHostScene(const HostCallbacks& host, bool withLinkEnds, HostScene& scen
     scene.open.clear();
     if (!host.firstChild || !host.nextSibling) return;
 
-    DenseNumbering& seenObjects = scene.seenObjects;
-    DenseNumbering& seenItems = scene.seenItems;
+    ValueSet& seenObjects = scene.seenObjects;
+    ValueSet& seenItems = scene.seenItems;
     CheckedVector<uint64_t>& open = scene.open;
     uint64_t object = host.firstChild(0);
     for (;;) {
-        if (object && firstMeeting(seenObjects, object)) {
+        if (object && seenObjects.insert(object)) {
             scene.objects.push_back(object);
             collectLinks(host, object, seenItems, scene);
             open.push_back(object);
