@@ -18,12 +18,30 @@ namespace {
 
 // ---- Drives and transmissions ----------------------------------------------------------------
 
+// What the drive pass works with: the host, the tree's slots, the copies it makes and the
+// links that the current wave has moved.
+struct DrivePass {
+    const HostCallbacks& host;
+    const JointTree& tree;
+    LinkCopies& copies;
+    CheckedVector<const Lnk*>& moved;
+
+    // The record's values into its slot's copy, as the record stands now.
+    void copy(const Lnk& link, uint32_t slot) {
+        if (slot == kNoSlot) return;
+        LinkCopy& c = copies.bySlot[slot];
+        c.values = axisValues(link);
+        c.ridesPath = ridesPath(link);
+        c.step = copies.step;
+    }
+};
+
 // Passes a change of one link's offsets on through the transmissions of its host object, and
 // on from each driven link. A wave moves every link at most once: a transmission never drives
 // a link that the wave has already moved (the link it started from included), so a circle of
-// transmissions ends.
-void propagate(const HostCallbacks& host, Lnk* link, double dLin, double dRot,
-               CheckedVector<const Lnk*>& moved) {
+// transmissions ends. A driven link that the pass has already copied is copied again.
+void propagate(DrivePass& pass, Lnk* link, double dLin, double dRot) {
+    const HostCallbacks& host = pass.host;
     if (!host.firstTrn || !host.nextTrn || !host.trnRecord || !host.linkRecord) return;
     for (uint64_t item = host.firstTrn(link->linkObject); item; item = host.nextTrn(item)) {
         const Trn* trn = host.trnRecord(item);
@@ -49,34 +67,46 @@ void propagate(const HostCallbacks& host, Lnk* link, double dLin, double dRot,
         }
         if (trn->invert) lin = -lin, rot = -rot;
         bool seen = false;
-        for (const Lnk* m : moved) seen = seen || m == driven;
+        for (const Lnk* m : pass.moved) seen = seen || m == driven;
         if (seen) continue;
-        moved.push_back(driven);
+        pass.moved.push_back(driven);
         driven->linOffset += lin;
         driven->rotOffset += rot;
-        propagate(host, driven, lin, rot, moved);
+        const uint32_t slot = pass.tree.slotOf(driven);
+        if (pass.copies.current(slot)) pass.copy(*driven, slot);
+        propagate(pass, driven, lin, rot);
     }
 }
 
-// The corners of a record that every drive step reads: the axis flags and offsets, each
-// drive's switch and phase count, and the host object that lists a moved link's transmissions.
-// (Asking for the phases too was no faster: only running drives read them.)
+// The lines of a record that a drive step reads: the axis flags, offsets and ratio, the values
+// and axis points that it copies, each drive's switch and phase count, each drive's first
+// phases, and the host object that lists a moved link's transmissions.
 void prefetchDriveFields(const Lnk& link) {
     prefetch(&link.lin);
     prefetch(&link.rotOffset);
+    prefetch(&link.axisB);
     prefetch(&link.linDrive.count);
     prefetch(&link.rotDrive.count);
+    prefetch(&link.linDrive.phases[0]);
+    prefetch(&link.rotDrive.phases[0]);
     prefetch(&link.linkObject);
 }
 
-void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
-    CheckedVector<const Lnk*> moved;
+// Drives, couplings and transmissions over the scene's links in walk order; each link's values
+// are copied for the motion as the pass leaves it.
+void runDrives(DrivePass& pass, const HostScene& scene, double time) {
+    const CheckedVector<JointTree::WalkSlot>& known = pass.tree.walkSlots();
     const size_t count = scene.links.size();
     for (size_t i = 0; i < count; ++i) {
         if (i + kPrefetchAhead < count)
             prefetchDriveFields(*scene.links[i + kPrefetchAhead].record);
         Lnk& link = *scene.links[i].record;
-        if (!link.lin && !link.rot) continue;
+        const uint32_t slot =
+            i < known.size() && known[i].link == &link ? known[i].slot : pass.tree.slotOf(&link);
+        if (!link.lin && !link.rot) {
+            pass.copy(link, slot);
+            continue;
+        }
         // The record's fields are packed: work on copies.
         const double oldLin = link.linOffset, oldRot = link.rotOffset;
         double lin = oldLin, rot = oldRot;
@@ -93,9 +123,10 @@ void runDrives(const HostCallbacks& host, const HostScene& scene, double time) {
         }
         link.linOffset = lin;
         link.rotOffset = rot;
+        pass.copy(link, slot);
         if (lin != oldLin || rot != oldRot) {
-            moved.assign(1, &link);
-            propagate(host, &link, lin - oldLin, rot - oldRot, moved);
+            pass.moved.assign(1, &link);
+            propagate(pass, &link, lin - oldLin, rot - oldRot);
         }
     }
 }
@@ -122,16 +153,16 @@ void applyReferenceBody(const HostCallbacks& host) {
     }
 }
 
-bool solve(const HostCallbacks& host, const JointTree& tree) {
+bool solve(const HostCallbacks& host, const JointTree& tree, const LinkCopies& copies) {
     if (host.beginUpdate) host.beginUpdate();
     // Every tree is reset before the first is composed: a body in two trees takes both motions.
     for (const FixedCell* cell = tree.fixedList(); cell; cell = cell->next)
         identity(cell->node->above);
     resetMotion(host, tree.motionOrder());
-    composeMotion(host, tree.motionOrder());
+    composeMotion(host, tree.motionOrder(), &copies);
     // Every open follower joint of kind 2, 3 or 4 is solved, in the order of the trees.
     bool closed = true;
-    MotionOrder scratch;  // the nodes that a solve composes again
+    static MotionOrder scratch;  // the nodes that a solve composes again
     for (const Joint* j : tree.loopJoints())
         if (loopOpen(host, *j) && !closeLoop(host, *j, scratch)) closed = false;
     applyReferenceBody(host);
@@ -174,8 +205,16 @@ bool findCollision(const HostCallbacks& host) {
 
 int32_t animation(double time, int32_t collisionCheck) {
     const HostCallbacks& host = hostCallbacks();
-    runDrives(host, walkHostScene(host, false), time);
-    if (!solve(host, processJointTree())) return kAnimationLoopOpen;
+    const JointTree& tree = processJointTree();
+    // Kept from step to step so that a step allocates nothing.
+    static HostScene scene;
+    static LinkCopies copies;
+    static CheckedVector<const Lnk*> moved;
+    walkHostScene(host, false, scene);
+    copies.startStep(tree.slotCount());
+    DrivePass pass{host, tree, copies, moved};
+    runDrives(pass, scene, time);
+    if (!solve(host, tree, copies)) return kAnimationLoopOpen;
     if (collisionCheck && findCollision(host)) return kAnimationCollision;
     return kAnimationDone;
 }

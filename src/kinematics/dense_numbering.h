@@ -20,6 +20,9 @@ public:
     size_t insert(uint64_t value, bool* added = nullptr);
     // The value's number, or kNone.
     size_t find(uint64_t value) const;
+    // Forgets every value and keeps the table's size, so that numbering as many values again
+    // allocates nothing.
+    void clear();
 
     size_t size() const { return values_.size(); }
     uint64_t value(size_t number) const { return values_[number]; }
@@ -30,6 +33,23 @@ private:
 
     CheckedVector<uint64_t> values_;  // by number
     CheckedVector<uint32_t> slots_;   // number + 1; 0 = empty; a power of two long
+};
+
+// A set of nonzero 64-bit host values, kept in an open-addressing table of the values
+// themselves: the scene walk asks of every object and link item whether it met it before.
+class ValueSet {
+public:
+    // Adds a nonzero value; whether it was not in the set before.
+    bool insert(uint64_t value);
+    // Empties the set and keeps the table's size, so that as many values again allocate
+    // nothing.
+    void clear();
+
+private:
+    void grow();
+
+    CheckedVector<uint64_t> slots_;  // 0 = empty; a power of two long, at most half full
+    size_t count_ = 0;
 };
 
 }  // namespace orv

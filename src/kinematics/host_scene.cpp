@@ -1,21 +1,13 @@
 #include "kinematics/host_scene.h"
 
-#include "kinematics/dense_numbering.h"
-
 namespace orv {
 
 namespace {
 
-bool firstMeeting(DenseNumbering& seen, uint64_t value) {
-    bool added = false;
-    seen.insert(value, &added);
-    return added;
-}
-
-void collectLinks(const HostCallbacks& host, uint64_t object, DenseNumbering& seenItems,
+void collectLinks(const HostCallbacks& host, uint64_t object, ValueSet& seenItems,
                   HostScene& scene) {
     if (!host.firstLink || !host.nextLink || !host.linkRecord) return;
-    for (uint64_t item = host.firstLink(object); item && firstMeeting(seenItems, item);
+    for (uint64_t item = host.firstLink(object); item && seenItems.insert(item);
          item = host.nextLink(item)) {
         if (Lnk* record = host.linkRecord(item)) scene.links.push_back({record, 0, 0, false});
     }
@@ -23,21 +15,20 @@ void collectLinks(const HostCallbacks& host, uint64_t object, DenseNumbering& se
 
 }  // namespace
 
-HostScene walkHostScene(const HostCallbacks& host, bool withLinkEnds) {
-    HostScene scene;
-    if (!host.firstChild || !host.nextSibling) return scene;
+void walkHostScene(const HostCallbacks& host, bool withLinkEnds, HostScene& scene) {
+    scene.objects.clear();
+    scene.links.clear();
+    scene.seenObjects.clear();
+    scene.seenItems.clear();
+    scene.open.clear();
+    if (!host.firstChild || !host.nextSibling) return;
 
-    // A scene changes little between calls: the tables start as large as the last walk's, so
-    // they need not grow on the way.
-    static size_t lastObjects = 0, lastItems = 0;
-    DenseNumbering seenObjects(lastObjects), seenItems(lastItems);
-    scene.objects.reserve(lastObjects);
-    scene.links.reserve(lastItems);
-    // Objects whose next sibling is due once their children are done.
-    CheckedVector<uint64_t> open;
+    ValueSet& seenObjects = scene.seenObjects;
+    ValueSet& seenItems = scene.seenItems;
+    CheckedVector<uint64_t>& open = scene.open;
     uint64_t object = host.firstChild(0);
     for (;;) {
-        if (object && firstMeeting(seenObjects, object)) {
+        if (object && seenObjects.insert(object)) {
             scene.objects.push_back(object);
             collectLinks(host, object, seenItems, scene);
             open.push_back(object);
@@ -48,16 +39,14 @@ HostScene walkHostScene(const HostCallbacks& host, bool withLinkEnds) {
             open.pop_back();
         }
     }
-    lastObjects = seenObjects.size(), lastItems = seenItems.size();
     // The records' fields in a pass of their own: independent reads that the processor can
     // overlap, where reading them between host calls would wait for each in turn.
-    if (!withLinkEnds) return scene;
+    if (!withLinkEnds) return;
     for (SceneLink& link : scene.links) {
         link.source = link.record->sourceBody;
         link.target = link.record->targetBody;
         link.follow = link.record->follow != 0;
     }
-    return scene;
 }
 
 }  // namespace orv

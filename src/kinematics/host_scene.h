@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "kinematics/checked_allocator.h"
+#include "kinematics/dense_numbering.h"
 #include "kinematics/host_callbacks.h"
 
 namespace orv {
@@ -21,12 +22,18 @@ struct SceneLink {
 struct HostScene {
     CheckedVector<uint64_t> objects;  // each object before its children, siblings in order
     CheckedVector<SceneLink> links;   // the objects' link items, in the same order
+
+    // The walk's own bookkeeping, kept with the scene: walking into the same scene again
+    // reuses its memory.
+    ValueSet seenObjects, seenItems;
+    CheckedVector<uint64_t> open;  // objects whose next sibling is due after their children
 };
 
-// Walks from the scene root (FirstChild of 0). An object or link item met a second time ends
-// its list, so a host whose lists loop cannot hang the walk; items without a record are
-// skipped. Without the tree callbacks the scene is empty. withLinkEnds reads each record's
-// source, target and Follow flag into the scene's links; without it they stay 0.
-HostScene walkHostScene(const HostCallbacks& host, bool withLinkEnds);
+// Walks from the scene root (FirstChild of 0) into scene, replacing what it held. An object or
+// link item met a second time ends its list, so a host whose lists loop cannot hang the walk;
+// items without a record are skipped. Without the tree callbacks the scene is empty.
+// withLinkEnds reads each record's source, target and Follow flag into the scene's links;
+// without it they stay 0.
+void walkHostScene(const HostCallbacks& host, bool withLinkEnds, HostScene& scene);
 
 }  // namespace orv

@@ -44,6 +44,8 @@ void JointTree::clear() {
     fixed_ = nullptr;
     motionOrder_.clear();
     loopJoints_.clear();
+    slots_ = DenseNumbering();
+    walkSlots_.clear();
 }
 
 namespace {
@@ -116,7 +118,8 @@ int32_t followerKind(Joint* parentJoint) {
 
 void JointTree::build(const HostCallbacks& host) {
     clear();
-    const HostScene scene = walkHostScene(host, true);
+    HostScene scene;
+    walkHostScene(host, true, scene);
     const DenseNumbering bodies = numberBodies(scene);
     const OutgoingLinks outgoing(scene, bodies);
 
@@ -191,10 +194,16 @@ void JointTree::build(const HostCallbacks& host) {
             }
         }
     }
+
+    for (MotionStep& step : motionOrder_.steps)
+        step.slot = uint32_t(slots_.insert(reinterpret_cast<uintptr_t>(step.link)));
+    walkSlots_.reserve(scene.links.size());
+    for (const SceneLink& link : scene.links) walkSlots_.push_back({link.record, slotOf(link.record)});
 }
 
 void appendMotionOrder(TreeNode& root, MotionOrder& order) {
-    CheckedVector<TreeNode*> open{&root};
+    CheckedVector<TreeNode*>& open = order.pending;
+    open.assign(1, &root);
     while (!open.empty()) {
         TreeNode* node = open.back();
         open.pop_back();
@@ -202,7 +211,7 @@ void appendMotionOrder(TreeNode& root, MotionOrder& order) {
         for (const Joint* j = node->firstJoint; j; j = j->next) {
             if (!movesChild(*j)) continue;
             open.push_back(j->child);
-            order.steps.push_back({node, j, j->link, j->child});
+            order.steps.push_back({node, j, j->link, j->child, kNoSlot});
         }
     }
 }

@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "kinematics/checked_allocator.h"
+#include "kinematics/dense_numbering.h"
 #include "kinematics/host_callbacks.h"
 #include "kinematics/link_transform.h"
 #include "math/mat4.h"
@@ -52,6 +53,9 @@ inline bool movesChild(const Joint& joint) {
     return joint.kind == kJointOrdinary && !joint.leadsBack;
 }
 
+// A link record's number among the records that the tree's motion order reads, or none.
+constexpr uint32_t kNoSlot = UINT32_MAX;
+
 // One joint that moves its child, with what its step reads, so that a pass over the steps can
 // ask for the memory of those ahead without reading the joints first.
 struct MotionStep {
@@ -59,6 +63,7 @@ struct MotionStep {
     const Joint* joint;
     const Lnk* link;
     TreeNode* child;
+    uint32_t slot;  // the link's slot in the tree (JointTree::slotOf); kNoSlot outside the tree's order
 };
 
 // The order in which the motion visits nodes, depth first from a stack with each node's joints
@@ -67,6 +72,7 @@ struct MotionStep {
 struct MotionOrder {
     CheckedVector<TreeNode*> nodes;
     CheckedVector<MotionStep> steps;
+    CheckedVector<TreeNode*> pending;  // appendMotionOrder's stack, kept for its memory
 
     void clear() {
         nodes.clear();
@@ -105,6 +111,21 @@ public:
     // each node's joints in list order.
     const CheckedVector<const Joint*>& loopJoints() const { return loopJoints_; }
 
+    // Slots: the distinct link records of the motion order, numbered 0, 1, ... in that order.
+    size_t slotCount() const { return slots_.size(); }
+    uint32_t slotOf(const Lnk* link) const {
+        const size_t slot = slots_.find(reinterpret_cast<uintptr_t>(link));
+        return slot == DenseNumbering::kNone ? kNoSlot : uint32_t(slot);
+    }
+    // The records of the build's scene walk, in its order, each with its slot: a later walk of
+    // an unchanged scene meets the same records in the same order, and finds their slots here
+    // without a search.
+    struct WalkSlot {
+        const Lnk* link;
+        uint32_t slot;
+    };
+    const CheckedVector<WalkSlot>& walkSlots() const { return walkSlots_; }
+
 private:
     template <typename T>
     T* make();
@@ -114,6 +135,8 @@ private:
     FixedCell* fixed_ = nullptr;
     MotionOrder motionOrder_;
     CheckedVector<const Joint*> loopJoints_;
+    DenseNumbering slots_;
+    CheckedVector<WalkSlot> walkSlots_;
 };
 
 // The process-wide tree that KinematicInit builds and the host walks.

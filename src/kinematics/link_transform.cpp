@@ -92,25 +92,36 @@ bool ridesPath(const Lnk& link) {
     return link.pathCount >= 2 && link.pathPoints && link.pathBulges;
 }
 
+AxisValues axisValues(const Lnk& link) {
+    return {link.linCur, link.linOffset, link.rotCur, link.rotOffset,
+            link.axisA,  link.axisB,     link.lin,    link.rot};
+}
+
 void applyLinkMotion(const Lnk& link, AxisCache& cache, Mat4& m) {
-    const double s = link.linCur + link.linOffset;
-    const double angle = link.rotCur + link.rotOffset;
-    if (ridesPath(link)) {
-        // Relative to the body's place at s = 0, in the path's plane: the heading follows the
-        // tangent; the rotational axis turns the body about the path's Z axis on top.
-        double x0, y0, tx0, ty0, x, y, tx, ty;
-        placeOnPath(link, 0.0, x0, y0, tx0, ty0);
-        placeOnPath(link, link.lin ? s : 0.0, x, y, tx, ty);
-        Mat4 frame;
-        std::memcpy(frame.m, link.pathFrame, sizeof frame.m);
-        preMultiply(m, frame);
-        translate(m, Vec3{x, y, 0.0});
-        rotateZ(m, directionAngle(tx0, ty0) - directionAngle(tx, ty) + (link.rot ? angle : 0.0));
-        translate(m, Vec3{-x0, -y0, 0.0});
-        preMultiplyInverse(m, frame);
+    if (!ridesPath(link)) {
+        applyAxisMotion(axisValues(link), cache, m);
         return;
     }
-    const Vec3 a = link.axisA, b = link.axisB;
+    // Relative to the body's place at s = 0, in the path's plane: the heading follows the
+    // tangent; the rotational axis turns the body about the path's Z axis on top.
+    const double s = link.linCur + link.linOffset;
+    const double angle = link.rotCur + link.rotOffset;
+    double x0, y0, tx0, ty0, x, y, tx, ty;
+    placeOnPath(link, 0.0, x0, y0, tx0, ty0);
+    placeOnPath(link, link.lin ? s : 0.0, x, y, tx, ty);
+    Mat4 frame;
+    std::memcpy(frame.m, link.pathFrame, sizeof frame.m);
+    preMultiply(m, frame);
+    translate(m, Vec3{x, y, 0.0});
+    rotateZ(m, directionAngle(tx0, ty0) - directionAngle(tx, ty) + (link.rot ? angle : 0.0));
+    translate(m, Vec3{-x0, -y0, 0.0});
+    preMultiplyInverse(m, frame);
+}
+
+void applyAxisMotion(const AxisValues& link, AxisCache& cache, Mat4& m) {
+    const double s = link.linCur + link.linOffset;
+    const double angle = link.rotCur + link.rotOffset;
+    const Vec3 a = link.a, b = link.b;
     Vec3 u = a - b;
     normalise(u);
     if (link.lin) translate(m, s * u);

@@ -23,10 +23,23 @@ struct AxisCache {
     LineFrame line;
 };
 
+// What the motion along a link's straight axis reads of its record.
+struct AxisValues {
+    double linCur, linOffset, rotCur, rotOffset;
+    Vec3 a, b;
+    int32_t lin, rot;
+};
+
+AxisValues axisValues(const Lnk& link);
+
 // m := (the link's motion) * m, with s = linCur + linear offset and the angle = rotCur +
 // rotational offset (degrees). Without a path: a translation by s along the unit vector from
 // B to A (when Lin is set) and a right-handed rotation by the angle about the line through B
 // along it (when Rot is set). With a path: the body rides the path by the arc length s.
 void applyLinkMotion(const Lnk& link, AxisCache& cache, Mat4& m);
+
+// The motion without a path, from the record's values: applyLinkMotion's, bit for bit, for a
+// link that rides no path and whose values these are.
+void applyAxisMotion(const AxisValues& link, AxisCache& cache, Mat4& m);
 
 }  // namespace orv

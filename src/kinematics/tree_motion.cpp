@@ -22,30 +22,45 @@ void resetMotion(const HostCallbacks& host, const MotionOrder& order) {
     for (const TreeNode* node : order.nodes) setBodyMatrix(host, node->body, one);
 }
 
-// What a step reads and writes: the link's values, axis points and path, the joint's frames
-// and the child's motion.
-static void prefetchStep(const MotionStep& step) {
-    touch(&step.link->lin);
-    prefetch(&step.link->rotCur);
-    prefetch(&step.link->axisB);
+// What a step reads and writes: the link's values (its copy, or its record's values, axis
+// points and path), the joint's frames and the child's motion.
+static void prefetchStep(const MotionStep& step, const LinkCopy* copy) {
+    if (copy) {
+        prefetch(copy);
+        prefetch(reinterpret_cast<const char*>(copy) + sizeof(LinkCopy) - 1);
+    } else {
+        touch(&step.link->lin);
+        prefetch(&step.link->rotCur);
+        prefetch(&step.link->axisB);
+    }
     prefetch(&step.joint->axis);
     prefetch(&step.joint->axis.line.frame.m[8]);
     prefetch(&step.joint->axis.line.inverse.m[8]);
     prefetch(&step.child->above);
 }
 
-void composeMotion(const HostCallbacks& host, const MotionOrder& order) {
+void composeMotion(const HostCallbacks& host, const MotionOrder& order, const LinkCopies* copies) {
     const size_t count = order.steps.size();
+    auto copyOf = [&](const MotionStep& step) -> const LinkCopy* {
+        const LinkCopy* copy = copies ? copies->current(step.slot) : nullptr;
+        return copy && !copy->ridesPath ? copy : nullptr;
+    };
     size_t k = 0;
     for (TreeNode* n : order.nodes) {
         Mat4 m = n->above;
         preMultiply(m, bodyMatrix(host, n->body));
         setBodyMatrix(host, n->body, m);
         for (; k < count && order.steps[k].parent == n; ++k) {
-            if (k + kPrefetchAhead < count) prefetchStep(order.steps[k + kPrefetchAhead]);
+            if (k + kPrefetchAhead < count) {
+                const MotionStep& ahead = order.steps[k + kPrefetchAhead];
+                prefetchStep(ahead, copyOf(ahead));
+            }
             const MotionStep& step = order.steps[k];
             step.child->above = n->above;
-            applyLinkMotion(*step.link, step.joint->axis, step.child->above);
+            if (const LinkCopy* copy = copyOf(step))
+                applyAxisMotion(copy->values, step.joint->axis, step.child->above);
+            else
+                applyLinkMotion(*step.link, step.joint->axis, step.child->above);
         }
     }
 }
