@@ -603,9 +603,30 @@ void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
 
 // ---- The searches ----
 
+// x in single precision, rounded up (or down); infinite beyond the largest float.
+float roundTowards(double x, bool up) {
+    float f = static_cast<float>(x);
+    if (up ? f < x : f > x) {  // one step: the next float up (down) in bit order
+        if (f == 0.0f) return up ? std::numeric_limits<float>::denorm_min()
+                                 : -std::numeric_limits<float>::denorm_min();
+        uint32_t bits;
+        std::memcpy(&bits, &f, sizeof bits);
+        bits += (f > 0.0f) == up ? 1 : -1;
+        std::memcpy(&f, &bits, sizeof f);
+    }
+    return f;
+}
+
 // The ray's constants for box tests against boxes widened by a margin that covers rounding
 // in the triangle test for this origin.
 struct RayBoxes {
+    // A search's bound, and the same rounded up to single precision.
+    struct Bound {
+        explicit Bound(double t) : exact(t), rounded(roundTowards(t, true)) {}
+        double exact;
+        float rounded;
+    };
+
     explicit RayBoxes(const Ray& ray) {
         const double o[3] = {ray.origin.x, ray.origin.y, ray.origin.z};
         const double d[3] = {ray.dir.x, ray.dir.y, ray.dir.z};
@@ -615,24 +636,42 @@ struct RayBoxes {
             // A direction parallel to an axis keeps its coordinate for every t a search
             // reaches; a tiny stand-in turns the slab into all or nothing.
             inv[k] = 1.0 / (d[k] != 0.0 ? d[k] : 1e-300);
-            const int nearSide = inv[k] < 0.0 ? 1 : 0;
-            nearPlane[k] = (nearSide * 3 + k) * 4;
-            farPlane[k] = ((1 - nearSide) * 3 + k) * 4;
-            nearOrigin[k] = inv[k] < 0.0 ? o[k] - pad : o[k] + pad;
-            farOrigin[k] = inv[k] < 0.0 ? o[k] + pad : o[k] - pad;
+            const bool down = inv[k] < 0.0;
+            nearPlane[k] = ((down ? 1 : 0) * 3 + k) * 4;
+            farPlane[k] = ((down ? 0 : 1) * 3 + k) * 4;
+            nearOrigin[k] = down ? o[k] - pad : o[k] + pad;
+            farOrigin[k] = down ? o[k] + pad : o[k] - pad;
+        }
 #if ORV_SSE2
+        quick = true;
+        for (int k = 0; k < 3; ++k) {
             inv2[k] = _mm_set1_pd(inv[k]);
             nearOrigin2[k] = _mm_set1_pd(nearOrigin[k]);
             farOrigin2[k] = _mm_set1_pd(farOrigin[k]);
-#endif
+            quick = quick && std::fabs(inv[k]) <= 1e30 && std::fabs(nearOrigin[k]) <= 1e30 &&
+                    std::fabs(farOrigin[k]) <= 1e30;
+            // Origins rounded the way that makes a near parameter smaller and a far one larger.
+            const bool down = inv[k] < 0.0;
+            inv4[k] = _mm_set1_ps(static_cast<float>(inv[k]));
+            nearOrigin4[k] = _mm_set1_ps(roundTowards(nearOrigin[k], !down));
+            farOrigin4[k] = _mm_set1_ps(roundTowards(farOrigin[k], down));
         }
+#endif
     }
 
-    // Bit c set when child c's box meets the ray's span (0, bound], with its entry parameter
-    // in entry[c]. The same arithmetic in the same order for every child, two at a time:
-    // the slab parameters (plane - origin) * inv, the entry as the largest near parameter and
-    // the exit as the smallest far one, kept as (a > b ? a : b) and (a < b ? a : b) keep them.
-    unsigned entersFour(const WideNode& node, double bound, double entry[4]) const {
+    // Bit c set when child c's box meets the ray's span (0, bound], with a lower bound of its
+    // entry parameter in entry[c]. A box that the exact test below accepts is always accepted.
+    unsigned entersFour(const WideNode& node, const Bound& bound, double entry[4]) const {
+#if ORV_SSE2
+        if (quick) return entersFourQuick(node, bound.rounded, entry);
+#endif
+        return entersFourExact(node, bound.exact, entry);
+    }
+
+    // The exact test: the slab parameters (plane - origin) * inv, the entry as the largest near
+    // parameter and the exit as the smallest far one, kept as (a > b ? a : b) and
+    // (a < b ? a : b) keep them, in double precision.
+    unsigned entersFourExact(const WideNode& node, double bound, double entry[4]) const {
         const float* planes = &node.box[0][0][0];
 #if ORV_SSE2
         __m128d tminLo, tminHi, tmaxLo, tmaxHi, lo, hi;
@@ -673,13 +712,47 @@ struct RayBoxes {
     }
 
 #if ORV_SSE2
-    // One axis's slab parameters for the four children.
+    // The same test in single precision, four boxes at once, for rays whose origins and
+    // inverse directions stay within 1e30. Each parameter is (plane - o') * inv' with o' the
+    // origin rounded to the safe side and inv' within 2^-24 of inv: within three roundings of
+    // 2^-24 of an exact value on the safe side of the double test's. The entry and exit are
+    // then widened by 2^-20 of themselves and by 1e-12 (for results near the smallest floats),
+    // and the bound rounded up: an entry never exceeds, an exit never falls short of the
+    // double test's.
+    unsigned entersFourQuick(const WideNode& node, float bound, double entry[4]) const {
+        const float* planes = &node.box[0][0][0];
+        __m128 tmin = slab4(planes + nearPlane[0], nearOrigin4[0], inv4[0]);
+        __m128 tmax = slab4(planes + farPlane[0], farOrigin4[0], inv4[0]);
+        for (int k = 1; k < 3; ++k) {
+            tmin = _mm_max_ps(tmin, slab4(planes + nearPlane[k], nearOrigin4[k], inv4[k]));
+            tmax = _mm_min_ps(tmax, slab4(planes + farPlane[k], farOrigin4[k], inv4[k]));
+        }
+        const __m128 less = _mm_set1_ps(1.0f - 0x1p-20f), more = _mm_set1_ps(1.0f + 0x1p-20f);
+        const __m128 absolute = _mm_set1_ps(1e-12f);
+        tmin = _mm_sub_ps(_mm_min_ps(_mm_mul_ps(tmin, less), _mm_mul_ps(tmin, more)), absolute);
+        tmax = _mm_add_ps(_mm_max_ps(_mm_mul_ps(tmax, less), _mm_mul_ps(tmax, more)), absolute);
+        const __m128 b = _mm_set1_ps(bound);
+        const __m128 in = _mm_and_ps(_mm_cmple_ps(tmin, tmax),
+                                     _mm_and_ps(_mm_cmple_ps(_mm_setzero_ps(), tmax), _mm_cmple_ps(tmin, b)));
+        _mm_storeu_pd(entry, _mm_cvtps_pd(tmin));
+        _mm_storeu_pd(entry + 2, _mm_cvtps_pd(_mm_movehl_ps(tmin, tmin)));
+        return static_cast<unsigned>(_mm_movemask_ps(in));
+    }
+
+    static __m128 slab4(const float* plane, __m128 origin, __m128 inv) {
+        return _mm_mul_ps(_mm_sub_ps(_mm_load_ps(plane), origin), inv);
+    }
+
+    // One axis's slab parameters for the four children, in double precision.
     static void slab(const float* plane, __m128d origin, __m128d inv, __m128d& lo, __m128d& hi) {
         const __m128 p = _mm_load_ps(plane);
         lo = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(p), origin), inv);
         hi = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(_mm_movehl_ps(p, p)), origin), inv);
     }
+
     __m128d inv2[3], nearOrigin2[3], farOrigin2[3];
+    __m128 inv4[3], nearOrigin4[3], farOrigin4[3];
+    bool quick;
 #endif
     double inv[3];
     int nearPlane[3], farPlane[3];  // offsets of a node's near and far planes of each axis
@@ -789,7 +862,7 @@ void walkHierarchy(const SceneAccel& accel, Search& search) {
 class NearestSearch {
 public:
     NearestSearch(const SceneAccel& accel, const Ray& ray, double bound)
-        : accel_(accel), ray_(ray), bound_(bound), boxes_(ray), reach_(accel, ray) {
+        : accel_(accel), ray_(ray), bound_(bound), boxes_(ray), reach_(accel, ray), bestBound_(bound) {
         best_.t = bound;
         best_.seq = UINT32_MAX;
     }
@@ -805,7 +878,7 @@ public:
     // Nearest box first; a box is worth entering while it can hold something as near.
     static constexpr bool kSlotOrder = false;
     unsigned children(const WideNode& node, double entry[4]) const {
-        return boxes_.entersFour(node, best_.t, entry);
+        return boxes_.entersFour(node, bestBound_, entry);
     }
     bool stillMatters(double entry) const { return entry <= best_.t; }
     void visit(int32_t i) { test(accel_.triangles[i], accel_.sources[i]); }
@@ -819,6 +892,7 @@ private:
         if (!(t < best_.t || (t == best_.t && tri.seq < best_.seq))) return;
         if (!primary && !reach_.reaches(source.octreeNode)) return;
         best_ = Candidate{t, tri.seq, &source};
+        bestBound_ = RayBoxes::Bound(t);
     }
 
     const SceneAccel& accel_;
@@ -827,6 +901,7 @@ private:
     const RayBoxes boxes_;
     WalkReach reach_;
     Candidate best_;
+    RayBoxes::Bound bestBound_;
 };
 
 // A primary ray's nearest hit among the triangles listed for its tile, nearest first.
@@ -859,6 +934,7 @@ public:
 
     bool next(double end, bool started, uint32_t after, Candidate& found) {
         end_ = end;
+        endBound_ = RayBoxes::Bound(end);
         started_ = started;
         after_ = after;
         best_ = Candidate{};
@@ -875,7 +951,8 @@ public:
     // the one with the earlier walk places goes first.
     static constexpr bool kSlotOrder = true;
     unsigned children(const WideNode& node, double firstPlace[4]) const {
-        unsigned in = boxes_.entersFour(node, end_, firstPlace);
+        double entry[4];
+        unsigned in = boxes_.entersFour(node, endBound_, entry);
         for (unsigned bits = in; bits != 0; bits &= bits - 1) {
             const int c = __builtin_ctz(bits);
             if (node.minSeq[c] >= best_.seq || (started_ && node.maxSeq[c] <= after_)) {
@@ -904,6 +981,7 @@ private:
     const RayBoxes boxes_;
     WalkReach reach_;
     double end_ = 0.0;
+    RayBoxes::Bound endBound_{0.0};
     bool started_ = false;
     uint32_t after_ = 0;
     Candidate best_;
