@@ -202,7 +202,7 @@ double halfArea(const double box[2][3]) {
 }
 
 constexpr int kBins = 16;
-constexpr int32_t kMaxLeaf = 4;
+constexpr int32_t kMaxLeaf = 2;
 constexpr int kMaxSahDepth = 48;  // deeper nodes split in the middle, keeping the depth bounded
 
 // A node while the hierarchy is built; boxes in double precision until the end.
@@ -516,8 +516,12 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
             kids[open] = built[inner].first;
             kids[n++] = built[inner].first + 1;
         }
-        std::sort(kids, kids + n,
-                  [&](int32_t x, int32_t y) { return ranges[x].minSeq < ranges[y].minSeq; });
+        for (int c = 1; c < n; ++c) {  // by earliest walk place
+            const int32_t kid = kids[c];
+            int at = c;
+            for (; at > 0 && ranges[kids[at - 1]].minSeq > ranges[kid].minSeq; --at) kids[at] = kids[at - 1];
+            kids[at] = kid;
+        }
         WideNode node{};
         for (int c = 0; c < 4; ++c) {
             if (c >= n) {
