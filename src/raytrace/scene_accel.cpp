@@ -829,26 +829,27 @@ void walkHierarchy(const SceneAccel& accel, Search& search) {
         const WideNode& node = accel.nodes[current];
         double keys[4];
         unsigned in = search.children(node, keys);
-        if (in != 0 && (in & (in - 1)) == 0) {  // one child: no need to wait on the stack
+        // The children in the order to take them; all but the first wait on the stack.
+        int order[4], n = 0;
+        for (; in != 0; in &= in - 1) {
             const int c = __builtin_ctz(in);
+            int at = n++;
+            if (!Search::kSlotOrder) {
+                for (; at > 0 && keys[order[at - 1]] > keys[c]; --at) order[at] = order[at - 1];
+            }
+            order[at] = c;
+        }
+        for (int k = n - 1; k > 0; --k) {
+            const int c = order[k];
+            stack[top++] = Pending{keys[c], node.child[c], node.count[c]};
+        }
+        if (n > 0) {
+            const int c = order[0];
             if (node.count[c] == 0) {
                 current = node.child[c];
                 continue;
             }
             for (int32_t i = node.child[c]; i < node.child[c] + node.count[c]; ++i) search.visit(i);
-        } else if (Search::kSlotOrder) {
-            for (; in != 0; in &= ~(1u << (31 - __builtin_clz(in)))) {
-                const int c = 31 - __builtin_clz(in);
-                stack[top++] = Pending{keys[c], node.child[c], node.count[c]};
-            }
-        } else {  // largest key pushed first
-            const int base = top;
-            for (; in != 0; in &= in - 1) {
-                const int c = __builtin_ctz(in);
-                int at = top++;
-                for (; at > base && stack[at - 1].key < keys[c]; --at) stack[at] = stack[at - 1];
-                stack[at] = Pending{keys[c], node.child[c], node.count[c]};
-            }
         }
         for (;;) {
             if (top == 0) return;
