@@ -84,6 +84,20 @@ T* allocArray(size_t n) {
     return reinterpret_cast<T*>(start);
 }
 
+// x in single precision, rounded up (or down); infinite beyond the largest float.
+float roundTowards(double x, bool up) {
+    float f = static_cast<float>(x);
+    if (up ? f < x : f > x) {  // one step: the next float up (down) in bit order
+        if (f == 0.0f) return up ? std::numeric_limits<float>::denorm_min()
+                                 : -std::numeric_limits<float>::denorm_min();
+        uint32_t bits;
+        std::memcpy(&bits, &f, sizeof bits);
+        bits += (f > 0.0f) == up ? 1 : -1;
+        std::memcpy(&f, &bits, sizeof f);
+    }
+    return f;
+}
+
 void freeArray(void* p) {
     if (!p) return;
     void* raw;
@@ -202,7 +216,7 @@ double halfArea(const double box[2][3]) {
 }
 
 constexpr int kBins = 16;
-constexpr int32_t kMaxLeaf = 2;
+constexpr int32_t kMaxLeaf = 4;
 constexpr int kMaxSahDepth = 48;  // deeper nodes split in the middle, keeping the depth bounded
 
 // A node while the hierarchy is built; boxes in double precision until the end.
@@ -454,17 +468,17 @@ int32_t countTriangles(const OctreeNode& node) {
 // Rounds a double box outwards to single precision.
 void roundOutwards(const double box[2][3], float lo[3], float hi[3]) {
     for (int k = 0; k < 3; ++k) {
-        lo[k] = static_cast<float>(box[0][k]);
-        hi[k] = static_cast<float>(box[1][k]);
-        if (lo[k] > box[0][k]) lo[k] = std::nextafter(lo[k], -std::numeric_limits<float>::infinity());
-        if (hi[k] < box[1][k]) hi[k] = std::nextafter(hi[k], std::numeric_limits<float>::infinity());
+        lo[k] = roundTowards(box[0][k], false);
+        hi[k] = roundTowards(box[1][k], true);
     }
 }
 
 // The walk places under each binary node; children always come after their parent, so one
 // backward pass sees them first.
-std::vector<SeqRange> binaryRanges(const HotTriangle* triangles, const BuildNode* built,
-                                   int32_t count) {
+std::vector<SeqRange> binaryRanges(const HotTriangle* triangles, int32_t triangleCount,
+                                   const BuildNode* built, int32_t count) {
+    std::vector<uint32_t> seq(triangleCount);  // compact, for the scattered reads below
+    for (int32_t i = 0; i < triangleCount; ++i) seq[i] = triangles[i].seq;
     std::vector<SeqRange> ranges(count, SeqRange{UINT32_MAX, 0});
     for (int32_t i = count - 1; i >= 0; --i) {
         const BuildNode& node = built[i];
@@ -472,8 +486,8 @@ std::vector<SeqRange> binaryRanges(const HotTriangle* triangles, const BuildNode
         SeqRange& range = ranges[i];
         if (node.count > 0) {
             for (int32_t k = node.first; k < node.first + node.count; ++k) {
-                range.minSeq = std::min(range.minSeq, triangles[k].seq);
-                range.maxSeq = std::max(range.maxSeq, triangles[k].seq);
+                range.minSeq = std::min(range.minSeq, seq[k]);
+                range.maxSeq = std::max(range.maxSeq, seq[k]);
             }
         } else {
             const SeqRange& l = ranges[node.first];
@@ -487,10 +501,11 @@ std::vector<SeqRange> binaryRanges(const HotTriangle* triangles, const BuildNode
 // The final nodes: each takes the children of up to three binary nodes, opening the largest
 // box first.
 void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtCount) {
-    const std::vector<SeqRange> ranges = binaryRanges(accel.triangles, built, builtCount);
-    std::vector<WideNode> wide;
+    const std::vector<SeqRange> ranges = binaryRanges(accel.triangles, accel.triangleCount, built, builtCount);
+    // At most one node for each inner binary node, and the root.
+    accel.nodes = allocArray<WideNode>(static_cast<size_t>(builtCount) / 2 + 1);
+    int32_t count = 1;
     std::vector<std::pair<int32_t, int32_t>> work{{0, 0}};  // (wide node, binary node)
-    wide.emplace_back();
     while (!work.empty()) {
         const auto [at, from] = work.back();
         work.pop_back();
@@ -546,16 +561,13 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
             if (kid.count > 0) {
                 node.child[c] = kid.first;
             } else {
-                node.child[c] = static_cast<int32_t>(wide.size());
-                wide.emplace_back();
+                node.child[c] = count++;
                 work.emplace_back(node.child[c], kids[c]);
             }
         }
-        wide[at] = node;
+        accel.nodes[at] = node;
     }
-    accel.nodeCount = static_cast<int32_t>(wide.size());
-    accel.nodes = allocArray<WideNode>(wide.size());
-    std::copy(wide.begin(), wide.end(), accel.nodes);
+    accel.nodeCount = count;
 }
 
 // No hit from `eye` on a triangle whose accepted points lie in the box has a smaller
@@ -606,20 +618,6 @@ void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
 }
 
 // ---- The searches ----
-
-// x in single precision, rounded up (or down); infinite beyond the largest float.
-float roundTowards(double x, bool up) {
-    float f = static_cast<float>(x);
-    if (up ? f < x : f > x) {  // one step: the next float up (down) in bit order
-        if (f == 0.0f) return up ? std::numeric_limits<float>::denorm_min()
-                                 : -std::numeric_limits<float>::denorm_min();
-        uint32_t bits;
-        std::memcpy(&bits, &f, sizeof bits);
-        bits += (f > 0.0f) == up ? 1 : -1;
-        std::memcpy(&f, &bits, sizeof f);
-    }
-    return f;
-}
 
 // The ray's constants for box tests against boxes widened by a margin that covers rounding
 // in the triangle test for this origin.
