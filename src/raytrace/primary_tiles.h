@@ -18,6 +18,7 @@ struct TileEntry {
 
 struct PrimaryTiles {
     ScreenRect image{0, 0, -1, -1};  // the pixels the tiles cover
+    Vec3 eye{};                      // the origin of the rays they serve
     int32_t columns = 0, rows = 0;
     int32_t* firsts = nullptr;       // columns * rows + 1 offsets into entries
     TileEntry* entries = nullptr;
@@ -41,6 +42,8 @@ inline bool tileOf(const PrimaryTiles& tiles, int32_t x, int32_t y, const TileEn
     end = tiles.entries + tiles.firsts[tile + 1];
     return true;
 }
+
+inline bool sameEye(const Vec3& a, const Vec3& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
 // Whether the entry's rectangle holds the pixel at (lx, ly) within its tile.
 inline bool entryHolds(const TileEntry& e, int32_t lx, int32_t ly) {

@@ -2,8 +2,11 @@
 // (subdivide -> refit -> pack).
 #include "raytrace/scene.h"
 
+#include <atomic>
 #include <cmath>
 #include <limits>
+#include <thread>
+#include <vector>
 
 #include "appearance/texture_mapping.h"
 #include "core/checked_alloc.h"
@@ -133,7 +136,8 @@ void octantBox(const OctreeNode& node, int i, Vec3& lo, Vec3& hi) {
     (i & 4 ? lo.z : hi.z) = c.z;
 }
 
-void subdivide(OctreeNode& node) {
+// Moves each triangle of the node's list that lies wholly inside an octant into that child.
+void partition(OctreeNode& node) {
     for (int i = 0; i < 8; ++i) {
         Vec3 lo, hi;
         octantBox(node, i, lo, hi);
@@ -152,15 +156,17 @@ void subdivide(OctreeNode& node) {
             }
         }
     }
+}
+
+void subdivide(OctreeNode& node) {
+    partition(node);
     for (OctreeNode* child : node.children) {
         if (child) subdivide(*child);
     }
 }
 
-void refit(OctreeNode& node) {
-    for (OctreeNode* child : node.children) {
-        if (child) refit(*child);
-    }
+// The node's own part of the refit, its children already refitted.
+void refitNode(OctreeNode& node) {
     node.boxMin = Vec3{kFar, kFar, kFar};
     node.boxMax = Vec3{-kFar, -kFar, -kFar};
     node.rect = ScreenRect{kRectEmpty, kRectEmpty, -kRectEmpty, -kRectEmpty};
@@ -190,6 +196,13 @@ void refit(OctreeNode& node) {
     }
 }
 
+void refit(OctreeNode& node) {
+    for (OctreeNode* child : node.children) {
+        if (child) refit(*child);
+    }
+    refitNode(node);
+}
+
 void pack(OctreeNode& node) {
     int32_t count = 0;
     for (int i = 0; i < 8; ++i) {
@@ -201,17 +214,35 @@ void pack(OctreeNode& node) {
     for (int i = 0; i < count; ++i) pack(*node.children[i]);
 }
 
-void finishBody(Body& body) {
+// A body this large shares the subtrees below its root among the threads; the octree is the
+// same for any thread count.
+constexpr int32_t kParallelBody = 1 << 15;
+
+void finishBody(Body& body, int threads = 1) {
     OctreeNode& root = *body.root;
     root.boxMin = Vec3{kFar, kFar, kFar};
     root.boxMax = Vec3{-kFar, -kFar, -kFar};
+    int32_t count = 0;
     for (Triangle* tri = root.list; tri; tri = tri->next) {
         growBox(root.boxMin, root.boxMax, tri->p0);
         growBox(root.boxMin, root.boxMax, tri->p1);
         growBox(root.boxMin, root.boxMax, tri->p2);
+        ++count;
     }
-    subdivide(root);
-    refit(root);
+    partition(root);
+    std::atomic<int> next{0};
+    auto work = [&] {
+        for (int i; (i = next.fetch_add(1)) < 8;) {
+            if (!root.children[i]) continue;
+            subdivide(*root.children[i]);
+            refit(*root.children[i]);
+        }
+    };
+    std::vector<std::thread> helpers;
+    for (int t = 1; t < threads && count >= kParallelBody; ++t) helpers.emplace_back(work);
+    work();
+    for (std::thread& helper : helpers) helper.join();
+    refitNode(root);
     pack(root);
 }
 
@@ -313,7 +344,7 @@ void addTriangle(RenderContext& ctx, const GeometryItem& item) {
 
 void finishScene(RenderContext& ctx, int threads) {
     Scene& scene = ctx.scene;
-    if (scene.current) finishBody(*scene.current);
+    if (scene.current) finishBody(*scene.current, threads);
     scene.current = nullptr;
     freeAccel(scene.accel);
     const PrimaryView view{ctx.eye, ScreenRect{-ctx.centreX, -ctx.centreY,

@@ -11,6 +11,13 @@
 #include <thread>
 #include <vector>
 
+#if defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#define ORV_SSE2 1
+#else
+#define ORV_SSE2 0
+#endif
+
 #include "core/checked_alloc.h"
 #include "raytrace/primary_tiles.h"
 #include "raytrace/triangle_hit.h"
@@ -45,20 +52,25 @@ struct OctreeRef {
     int32_t parent;  // -1 for a body's root
 };
 
-// A leaf holds count > 0 triangles from first; an inner node has count 0 and its two children
-// at first and first + 1, an even index, so that both share a cache line. The root is node 0;
-// node 1 is left unused. Boxes in single precision, rounded outwards.
-struct alignas(32) BvhNode {
-    float box[2][3];  // minimum and maximum corner
-    int32_t first;
-    int32_t count;
+// Four children a node, their boxes side by side so that one pass tests all four: per side
+// (minimum, maximum corner), per axis, per child; single precision, rounded outwards. A child
+// is a leaf holding count > 0 triangles from `child`, or an inner node (count 0) at index
+// `child`; an unused slot has an empty box and no walk places. Children are stored in the
+// order of their first walk place. The root is node 0.
+struct alignas(64) WideNode {
+    float box[2][3][4];
+    int32_t child[4];
+    int32_t count[4];
+    uint32_t minSeq[4], maxSeq[4];  // the walk places a child's triangles span
 };
+static_assert(sizeof(WideNode) == 192, "three cache lines");
 
-// The walk places a node's triangles span, for the shadow search.
+// The walk places a subtree's triangles span.
 struct SeqRange {
     uint32_t minSeq, maxSeq;
 };
 
+// The binary hierarchy of the build keeps its child pairs at even indices (root 0, 1 unused).
 constexpr int32_t kFirstPair = 2;
 
 // Zero-filled and starting on a cache line; freed with freeArray.
@@ -70,6 +82,20 @@ T* allocArray(size_t n) {
     start += (kLine - reinterpret_cast<uintptr_t>(start) % kLine) % kLine;
     std::memcpy(start - sizeof(void*), &raw, sizeof raw);
     return reinterpret_cast<T*>(start);
+}
+
+// x in single precision, rounded up (or down); infinite beyond the largest float.
+float roundTowards(double x, bool up) {
+    float f = static_cast<float>(x);
+    if (up ? f < x : f > x) {  // one step: the next float up (down) in bit order
+        if (f == 0.0f) return up ? std::numeric_limits<float>::denorm_min()
+                                 : -std::numeric_limits<float>::denorm_min();
+        uint32_t bits;
+        std::memcpy(&bits, &f, sizeof bits);
+        bits += (f > 0.0f) == up ? 1 : -1;
+        std::memcpy(&f, &bits, sizeof f);
+    }
+    return f;
 }
 
 void freeArray(void* p) {
@@ -90,8 +116,7 @@ struct SceneAccel {
     HotTriangle* unbounded = nullptr;
     TriangleSource* unboundedSources = nullptr;
     int32_t unboundedCount = 0;
-    BvhNode* nodes = nullptr;
-    SeqRange* seqRanges = nullptr;  // per node
+    WideNode* nodes = nullptr;
     int32_t nodeCount = 0;
     OctreeRef* octree = nullptr;
     // Primary rays' candidates: index i < triangleCount is triangles[i], the others
@@ -440,39 +465,109 @@ int32_t countTriangles(const OctreeNode& node) {
     return n;
 }
 
-// The final nodes: boxes rounded outwards to single precision, and each node's walk places.
-void finishNodes(SceneAccel& accel, const BuildNode* built) {
-    for (int32_t i = 0; i < accel.nodeCount; ++i) {
-        BvhNode& node = accel.nodes[i];
-        node.first = built[i].first;
-        node.count = built[i].count;
-        for (int k = 0; k < 3; ++k) {
-            const double lo = built[i].box[0][k], hi = built[i].box[1][k];
-            float flo = static_cast<float>(lo), fhi = static_cast<float>(hi);
-            if (flo > lo) flo = std::nextafter(flo, -std::numeric_limits<float>::infinity());
-            if (fhi < hi) fhi = std::nextafter(fhi, std::numeric_limits<float>::infinity());
-            node.box[0][k] = flo;
-            node.box[1][k] = fhi;
-        }
+// Rounds a double box outwards to single precision.
+void roundOutwards(const double box[2][3], float lo[3], float hi[3]) {
+    for (int k = 0; k < 3; ++k) {
+        lo[k] = roundTowards(box[0][k], false);
+        hi[k] = roundTowards(box[1][k], true);
     }
-    // Children always come after their parent, so one backward pass sees them first.
-    for (int32_t i = accel.nodeCount - 1; i >= 0; --i) {
-        const BvhNode& node = accel.nodes[i];
-        SeqRange& range = accel.seqRanges[i];
-        if (i > 0 && i < kFirstPair) {
-            range = SeqRange{UINT32_MAX, 0};
-        } else if (node.count > 0) {
-            range = SeqRange{UINT32_MAX, 0};
+}
+
+// The walk places under each binary node; children always come after their parent, so one
+// backward pass sees them first.
+std::vector<SeqRange> binaryRanges(const HotTriangle* triangles, int32_t triangleCount,
+                                   const BuildNode* built, int32_t count) {
+    std::vector<uint32_t> seq(triangleCount);  // compact, for the scattered reads below
+    for (int32_t i = 0; i < triangleCount; ++i) seq[i] = triangles[i].seq;
+    std::vector<SeqRange> ranges(count, SeqRange{UINT32_MAX, 0});
+    for (int32_t i = count - 1; i >= 0; --i) {
+        const BuildNode& node = built[i];
+        if (i > 0 && i < kFirstPair) continue;
+        SeqRange& range = ranges[i];
+        if (node.count > 0) {
             for (int32_t k = node.first; k < node.first + node.count; ++k) {
-                range.minSeq = std::min(range.minSeq, accel.triangles[k].seq);
-                range.maxSeq = std::max(range.maxSeq, accel.triangles[k].seq);
+                range.minSeq = std::min(range.minSeq, seq[k]);
+                range.maxSeq = std::max(range.maxSeq, seq[k]);
             }
         } else {
-            const SeqRange& l = accel.seqRanges[node.first];
-            const SeqRange& r = accel.seqRanges[node.first + 1];
+            const SeqRange& l = ranges[node.first];
+            const SeqRange& r = ranges[node.first + 1];
             range = SeqRange{std::min(l.minSeq, r.minSeq), std::max(l.maxSeq, r.maxSeq)};
         }
     }
+    return ranges;
+}
+
+// The final nodes: each takes the children of up to three binary nodes, opening the largest
+// box first.
+void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtCount) {
+    const std::vector<SeqRange> ranges = binaryRanges(accel.triangles, accel.triangleCount, built, builtCount);
+    // At most one node for each inner binary node, and the root.
+    accel.nodes = allocArray<WideNode>(static_cast<size_t>(builtCount) / 2 + 1);
+    int32_t count = 1;
+    std::vector<std::pair<int32_t, int32_t>> work{{0, 0}};  // (wide node, binary node)
+    while (!work.empty()) {
+        const auto [at, from] = work.back();
+        work.pop_back();
+        int32_t kids[4] = {from, -1, -1, -1};
+        int n = 1;
+        if (built[from].count == 0) {
+            kids[0] = built[from].first;
+            kids[1] = built[from].first + 1;
+            n = 2;
+        }
+        while (n < 4) {
+            int open = -1;
+            double largest = -1.0;
+            for (int c = 0; c < n; ++c) {
+                const double area = halfArea(built[kids[c]].box);
+                if (built[kids[c]].count == 0 && area > largest) {
+                    largest = area;
+                    open = c;
+                }
+            }
+            if (open < 0) break;
+            const int32_t inner = kids[open];
+            kids[open] = built[inner].first;
+            kids[n++] = built[inner].first + 1;
+        }
+        for (int c = 1; c < n; ++c) {  // by earliest walk place
+            const int32_t kid = kids[c];
+            int at = c;
+            for (; at > 0 && ranges[kids[at - 1]].minSeq > ranges[kid].minSeq; --at) kids[at] = kids[at - 1];
+            kids[at] = kid;
+        }
+        WideNode node{};
+        for (int c = 0; c < 4; ++c) {
+            if (c >= n) {
+                for (int k = 0; k < 3; ++k) {
+                    node.box[0][k][c] = std::numeric_limits<float>::infinity();
+                    node.box[1][k][c] = -std::numeric_limits<float>::infinity();
+                }
+                node.child[c] = -1;
+                node.minSeq[c] = UINT32_MAX;
+                continue;
+            }
+            const BuildNode& kid = built[kids[c]];
+            float lo[3], hi[3];
+            roundOutwards(kid.box, lo, hi);
+            for (int k = 0; k < 3; ++k) {
+                node.box[0][k][c] = lo[k];
+                node.box[1][k][c] = hi[k];
+            }
+            node.minSeq[c] = ranges[kids[c]].minSeq;
+            node.maxSeq[c] = ranges[kids[c]].maxSeq;
+            node.count[c] = kid.count;
+            if (kid.count > 0) {
+                node.child[c] = kid.first;
+            } else {
+                node.child[c] = count++;
+                work.emplace_back(node.child[c], kids[c]);
+            }
+        }
+        accel.nodes[at] = node;
+    }
+    accel.nodeCount = count;
 }
 
 // No hit from `eye` on a triangle whose accepted points lie in the box has a smaller
@@ -493,20 +588,31 @@ float nearestParameter(const double box[2][3], const Vec3& eye) {
     return f;
 }
 
+// A one-sided triangle meets a ray from the eye only from its front: the plane test's
+// t = -(dot(n, eye) + dist) / denom, with denom < 0, is positive only where
+// dot(n, eye) + dist > 0, computed exactly so. Others are left out of the tiles.
+bool facesEye(const HotTriangle& tri, const Vec3& eye) {
+    return tri.twoSided != 0 || dot(tri.n, eye) + tri.dist > 0.0;
+}
+
 void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
                 const PrimaryView& view, int threads) {
     const int32_t count = accel.triangleCount + accel.unboundedCount;
     ScreenRect* rects = allocArray<ScreenRect>(count);
     float* nearest = allocArray<float>(count);
+    constexpr ScreenRect kNowhere{0, 0, -1, -1};
     for (int32_t i = 0; i < accel.triangleCount; ++i) {
-        rects[i] = accel.triangles[i].rect;
+        const HotTriangle& tri = accel.triangles[i];
+        rects[i] = facesEye(tri, view.eye) ? tri.rect : kNowhere;
         nearest[i] = nearestParameter(items[ids[i]].box, view.eye);
     }
     for (int32_t i = 0; i < accel.unboundedCount; ++i) {
-        rects[accel.triangleCount + i] = accel.unbounded[i].rect;
+        const HotTriangle& tri = accel.unbounded[i];
+        rects[accel.triangleCount + i] = facesEye(tri, view.eye) ? tri.rect : kNowhere;
         nearest[accel.triangleCount + i] = 0.0f;
     }
     buildPrimaryTiles(accel.tiles, view.image, rects, nearest, count, threads);
+    accel.tiles.eye = view.eye;
     freeArray(rects);
     freeArray(nearest);
 }
@@ -516,6 +622,13 @@ void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
 // The ray's constants for box tests against boxes widened by a margin that covers rounding
 // in the triangle test for this origin.
 struct RayBoxes {
+    // A search's bound, and the same rounded up to single precision.
+    struct Bound {
+        explicit Bound(double t) : exact(t), rounded(roundTowards(t, true)) {}
+        double exact;
+        float rounded;
+    };
+
     explicit RayBoxes(const Ray& ray) {
         const double o[3] = {ray.origin.x, ray.origin.y, ray.origin.z};
         const double d[3] = {ray.dir.x, ray.dir.y, ray.dir.z};
@@ -525,28 +638,126 @@ struct RayBoxes {
             // A direction parallel to an axis keeps its coordinate for every t a search
             // reaches; a tiny stand-in turns the slab into all or nothing.
             inv[k] = 1.0 / (d[k] != 0.0 ? d[k] : 1e-300);
-            nearSide[k] = inv[k] < 0.0 ? 1 : 0;
-            nearOrigin[k] = inv[k] < 0.0 ? o[k] - pad : o[k] + pad;
-            farOrigin[k] = inv[k] < 0.0 ? o[k] + pad : o[k] - pad;
+            const bool down = inv[k] < 0.0;
+            nearPlane[k] = ((down ? 1 : 0) * 3 + k) * 4;
+            farPlane[k] = ((down ? 0 : 1) * 3 + k) * 4;
+            nearOrigin[k] = down ? o[k] - pad : o[k] + pad;
+            farOrigin[k] = down ? o[k] + pad : o[k] - pad;
         }
+#if ORV_SSE2
+        quick = true;
+        for (int k = 0; k < 3; ++k) {
+            inv2[k] = _mm_set1_pd(inv[k]);
+            nearOrigin2[k] = _mm_set1_pd(nearOrigin[k]);
+            farOrigin2[k] = _mm_set1_pd(farOrigin[k]);
+            quick = quick && std::fabs(inv[k]) <= 1e30 && std::fabs(nearOrigin[k]) <= 1e30 &&
+                    std::fabs(farOrigin[k]) <= 1e30;
+            // Origins rounded the way that makes a near parameter smaller and a far one larger.
+            const bool down = inv[k] < 0.0;
+            inv4[k] = _mm_set1_ps(static_cast<float>(inv[k]));
+            nearOrigin4[k] = _mm_set1_ps(roundTowards(nearOrigin[k], !down));
+            farOrigin4[k] = _mm_set1_ps(roundTowards(farOrigin[k], down));
+        }
+#endif
     }
 
-    // Entry parameter when the ray's span (0, bound] meets the node's box, else NaN-free false.
-    bool enters(const BvhNode& node, double bound, double& entry) const {
-        double tmin = (double{node.box[nearSide[0]][0]} - nearOrigin[0]) * inv[0];
-        double tmax = (double{node.box[1 - nearSide[0]][0]} - farOrigin[0]) * inv[0];
+    // Bit c set when child c's box meets the ray's span (0, bound], with a lower bound of its
+    // entry parameter in entry[c]. A box that the exact test below accepts is always accepted.
+    unsigned entersFour(const WideNode& node, const Bound& bound, double entry[4]) const {
+#if ORV_SSE2
+        if (quick) return entersFourQuick(node, bound.rounded, entry);
+#endif
+        return entersFourExact(node, bound.exact, entry);
+    }
+
+    // The exact test: the slab parameters (plane - origin) * inv, the entry as the largest near
+    // parameter and the exit as the smallest far one, kept as (a > b ? a : b) and
+    // (a < b ? a : b) keep them, in double precision.
+    unsigned entersFourExact(const WideNode& node, double bound, double entry[4]) const {
+        const float* planes = &node.box[0][0][0];
+#if ORV_SSE2
+        __m128d tminLo, tminHi, tmaxLo, tmaxHi, lo, hi;
+        slab(planes + nearPlane[0], nearOrigin2[0], inv2[0], tminLo, tminHi);
+        slab(planes + farPlane[0], farOrigin2[0], inv2[0], tmaxLo, tmaxHi);
         for (int k = 1; k < 3; ++k) {
-            const double tn = (double{node.box[nearSide[k]][k]} - nearOrigin[k]) * inv[k];
-            const double tf = (double{node.box[1 - nearSide[k]][k]} - farOrigin[k]) * inv[k];
-            if (tn > tmin) tmin = tn;
-            if (tf < tmax) tmax = tf;
+            slab(planes + nearPlane[k], nearOrigin2[k], inv2[k], lo, hi);
+            tminLo = _mm_max_pd(lo, tminLo);
+            tminHi = _mm_max_pd(hi, tminHi);
+            slab(planes + farPlane[k], farOrigin2[k], inv2[k], lo, hi);
+            tmaxLo = _mm_min_pd(lo, tmaxLo);
+            tmaxHi = _mm_min_pd(hi, tmaxHi);
         }
-        entry = tmin;
-        return tmin <= tmax && tmax >= 0.0 && tmin <= bound;
+        const __m128d b = _mm_set1_pd(bound), zero = _mm_setzero_pd();
+        const __m128d inLo = _mm_and_pd(_mm_cmple_pd(tminLo, tmaxLo),
+                                        _mm_and_pd(_mm_cmple_pd(zero, tmaxLo), _mm_cmple_pd(tminLo, b)));
+        const __m128d inHi = _mm_and_pd(_mm_cmple_pd(tminHi, tmaxHi),
+                                        _mm_and_pd(_mm_cmple_pd(zero, tmaxHi), _mm_cmple_pd(tminHi, b)));
+        _mm_storeu_pd(entry, tminLo);
+        _mm_storeu_pd(entry + 2, tminHi);
+        return static_cast<unsigned>(_mm_movemask_pd(inLo) | _mm_movemask_pd(inHi) << 2);
+#else
+        unsigned in = 0;
+        for (int c = 0; c < 4; ++c) {
+            double tmin = (double{planes[nearPlane[0] + c]} - nearOrigin[0]) * inv[0];
+            double tmax = (double{planes[farPlane[0] + c]} - farOrigin[0]) * inv[0];
+            for (int k = 1; k < 3; ++k) {
+                const double tn = (double{planes[nearPlane[k] + c]} - nearOrigin[k]) * inv[k];
+                const double tf = (double{planes[farPlane[k] + c]} - farOrigin[k]) * inv[k];
+                if (tn > tmin) tmin = tn;
+                if (tf < tmax) tmax = tf;
+            }
+            entry[c] = tmin;
+            if (tmin <= tmax && 0.0 <= tmax && tmin <= bound) in |= 1u << c;
+        }
+        return in;
+#endif
     }
 
+#if ORV_SSE2
+    // The same test in single precision, four boxes at once, for rays whose origins and
+    // inverse directions stay within 1e30. Each parameter is (plane - o') * inv' with o' the
+    // origin rounded to the safe side and inv' within 2^-24 of inv: within three roundings of
+    // 2^-24 of an exact value on the safe side of the double test's. The entry and exit are
+    // then widened by 2^-20 of themselves and by 1e-12 (for results near the smallest floats),
+    // and the bound rounded up: an entry never exceeds, an exit never falls short of the
+    // double test's.
+    unsigned entersFourQuick(const WideNode& node, float bound, double entry[4]) const {
+        const float* planes = &node.box[0][0][0];
+        __m128 tmin = slab4(planes + nearPlane[0], nearOrigin4[0], inv4[0]);
+        __m128 tmax = slab4(planes + farPlane[0], farOrigin4[0], inv4[0]);
+        for (int k = 1; k < 3; ++k) {
+            tmin = _mm_max_ps(tmin, slab4(planes + nearPlane[k], nearOrigin4[k], inv4[k]));
+            tmax = _mm_min_ps(tmax, slab4(planes + farPlane[k], farOrigin4[k], inv4[k]));
+        }
+        const __m128 less = _mm_set1_ps(1.0f - 0x1p-20f), more = _mm_set1_ps(1.0f + 0x1p-20f);
+        const __m128 absolute = _mm_set1_ps(1e-12f);
+        tmin = _mm_sub_ps(_mm_min_ps(_mm_mul_ps(tmin, less), _mm_mul_ps(tmin, more)), absolute);
+        tmax = _mm_add_ps(_mm_max_ps(_mm_mul_ps(tmax, less), _mm_mul_ps(tmax, more)), absolute);
+        const __m128 b = _mm_set1_ps(bound);
+        const __m128 in = _mm_and_ps(_mm_cmple_ps(tmin, tmax),
+                                     _mm_and_ps(_mm_cmple_ps(_mm_setzero_ps(), tmax), _mm_cmple_ps(tmin, b)));
+        _mm_storeu_pd(entry, _mm_cvtps_pd(tmin));
+        _mm_storeu_pd(entry + 2, _mm_cvtps_pd(_mm_movehl_ps(tmin, tmin)));
+        return static_cast<unsigned>(_mm_movemask_ps(in));
+    }
+
+    static __m128 slab4(const float* plane, __m128 origin, __m128 inv) {
+        return _mm_mul_ps(_mm_sub_ps(_mm_load_ps(plane), origin), inv);
+    }
+
+    // One axis's slab parameters for the four children, in double precision.
+    static void slab(const float* plane, __m128d origin, __m128d inv, __m128d& lo, __m128d& hi) {
+        const __m128 p = _mm_load_ps(plane);
+        lo = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(p), origin), inv);
+        hi = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(_mm_movehl_ps(p, p)), origin), inv);
+    }
+
+    __m128d inv2[3], nearOrigin2[3], farOrigin2[3];
+    __m128 inv4[3], nearOrigin4[3], farOrigin4[3];
+    bool quick;
+#endif
     double inv[3];
-    int nearSide[3];
+    int nearPlane[3], farPlane[3];  // offsets of a node's near and far planes of each axis
     double nearOrigin[3], farOrigin[3];
 };
 
@@ -573,7 +784,7 @@ public:
     }
 
 private:
-    static constexpr int kSlots = 64;
+    static constexpr int kSlots = 16;
     const SceneAccel& accel_;
     const Ray& ray_;
     bool cleared_ = false;
@@ -581,7 +792,8 @@ private:
     bool met_[kSlots];
 };
 
-constexpr int kStackSize = 160;
+// Three children waiting a level, for at most 80 levels.
+constexpr int kStackSize = 256;
 
 // The triangle test on the copied record: true with the parameter when 1e-6 < t < bound.
 bool hotTriangleHit(const HotTriangle& tri, const Ray& ray, double bound, double& t) {
@@ -597,45 +809,63 @@ struct Candidate {
     const TriangleSource* source = nullptr;  // null: nothing found
 };
 
-// Depth first over the hierarchy. enter(index, key) tells whether a node can still matter and
-// gives its key; of two children that matter the smaller key goes first, and a deferred node is
-// asked again when its turn comes. Leaves hand each triangle's index to visit.
-template <typename Enter, typename Visit>
-void walkHierarchy(const SceneAccel& accel, Enter enter, Visit visit) {
-    int32_t stack[kStackSize];
+// Depth first over the hierarchy. search.children(node, keys) gives the children that can
+// still matter and their keys; they are taken smallest key first, and a deferred child is
+// taken only if search.stillMatters(key) when its turn comes. Leaves hand each triangle's
+// index to search.visit. Search::kSlotOrder says that a node's children come in key order.
+template <typename Search>
+void walkHierarchy(const SceneAccel& accel, Search& search) {
+    struct Pending {
+        double key;
+        int32_t child, count;
+    };
+    Pending stack[kStackSize];
     int top = 0;
-    double key0, key1;
-    if (accel.nodeCount == 0 || !enter(0, key0)) return;
+    if (accel.nodeCount == 0) return;
     int32_t current = 0;
     for (;;) {
-        const BvhNode& node = accel.nodes[current];
-        if (node.count > 0) {
-            for (int32_t i = node.first; i < node.first + node.count; ++i) visit(i);
-        } else {
-            const bool in0 = enter(node.first, key0);
-            const bool in1 = enter(node.first + 1, key1);
-            if (in0 && in1) {
-                const bool secondFirst = key1 < key0;
-                stack[top++] = secondFirst ? node.first : node.first + 1;
-                current = secondFirst ? node.first + 1 : node.first;
-                continue;
+        const WideNode& node = accel.nodes[current];
+        double keys[4];
+        unsigned in = search.children(node, keys);
+        // The children in the order to take them; all but the first wait on the stack.
+        int order[4], n = 0;
+        for (; in != 0; in &= in - 1) {
+            const int c = __builtin_ctz(in);
+            int at = n++;
+            if (!Search::kSlotOrder) {
+                for (; at > 0 && keys[order[at - 1]] > keys[c]; --at) order[at] = order[at - 1];
             }
-            if (in0 || in1) {
-                current = in0 ? node.first : node.first + 1;
-                continue;
-            }
+            order[at] = c;
         }
-        do {
+        for (int k = n - 1; k > 0; --k) {
+            const int c = order[k];
+            stack[top++] = Pending{keys[c], node.child[c], node.count[c]};
+        }
+        if (n > 0) {
+            const int c = order[0];
+            if (node.count[c] == 0) {
+                current = node.child[c];
+                continue;
+            }
+            for (int32_t i = node.child[c]; i < node.child[c] + node.count[c]; ++i) search.visit(i);
+        }
+        for (;;) {
             if (top == 0) return;
-            current = stack[--top];
-        } while (!enter(current, key0));
+            const Pending next = stack[--top];
+            if (!search.stillMatters(next.key)) continue;
+            if (next.count == 0) {
+                current = next.child;
+                break;
+            }
+            for (int32_t i = next.child; i < next.child + next.count; ++i) search.visit(i);
+        }
     }
 }
 
 class NearestSearch {
 public:
     NearestSearch(const SceneAccel& accel, const Ray& ray, double bound)
-        : accel_(accel), ray_(ray), bound_(bound), boxes_(ray), reach_(accel, ray) {
+        : accel_(accel), ray_(ray), bound_(bound), boxes_(ray), reach_(accel, ray), bestBound_(bound) {
         best_.t = bound;
         best_.seq = UINT32_MAX;
     }
@@ -644,15 +874,17 @@ public:
         for (int32_t i = 0; i < accel_.unboundedCount; ++i) {
             test(accel_.unbounded[i], accel_.unboundedSources[i]);
         }
-        // Nearest box first; a box is worth entering while it can hold something as near.
-        walkHierarchy(
-            accel_,
-            [this](int32_t i, double& entry) {
-                return boxes_.enters(accel_.nodes[i], best_.t, entry);
-            },
-            [this](int32_t i) { test(accel_.triangles[i], accel_.sources[i]); });
+        walkHierarchy(accel_, *this);
         return best_;
     }
+
+    // Nearest box first; a box is worth entering while it can hold something as near.
+    static constexpr bool kSlotOrder = false;
+    unsigned children(const WideNode& node, double entry[4]) const {
+        return boxes_.entersFour(node, bestBound_, entry);
+    }
+    bool stillMatters(double entry) const { return entry <= best_.t; }
+    void visit(int32_t i) { test(accel_.triangles[i], accel_.sources[i]); }
 
 private:
     void test(const HotTriangle& tri, const TriangleSource& source) {
@@ -663,6 +895,7 @@ private:
         if (!(t < best_.t || (t == best_.t && tri.seq < best_.seq))) return;
         if (!primary && !reach_.reaches(source.octreeNode)) return;
         best_ = Candidate{t, tri.seq, &source};
+        bestBound_ = RayBoxes::Bound(t);
     }
 
     const SceneAccel& accel_;
@@ -671,6 +904,7 @@ private:
     const RayBoxes boxes_;
     WalkReach reach_;
     Candidate best_;
+    RayBoxes::Bound bestBound_;
 };
 
 // A primary ray's nearest hit among the triangles listed for its tile, nearest first.
@@ -703,6 +937,7 @@ public:
 
     bool next(double end, bool started, uint32_t after, Candidate& found) {
         end_ = end;
+        endBound_ = RayBoxes::Bound(end);
         started_ = started;
         after_ = after;
         best_ = Candidate{};
@@ -710,28 +945,30 @@ public:
         for (int32_t i = 0; i < accel_.unboundedCount; ++i) {
             test(accel_.unbounded[i], accel_.unboundedSources[i]);
         }
-        // The subtree with the earlier walk places first.
-        walkHierarchy(
-            accel_,
-            [this](int32_t i, double& firstPlace) {
-                firstPlace = accel_.seqRanges[i].minSeq;
-                return worthEntering(i);
-            },
-            [this](int32_t i) { test(accel_.triangles[i], accel_.sources[i]); });
+        walkHierarchy(accel_, *this);
         found = best_;
         return best_.source != nullptr;
     }
 
-private:
-    // A subtree matters while it holds walk places after `after` and before the best so far.
-    bool worthEntering(int32_t index) const {
-        const SeqRange& range = accel_.seqRanges[index];
-        if (started_ && range.maxSeq <= after_) return false;
-        if (range.minSeq >= best_.seq) return false;
-        double entry;
-        return boxes_.enters(accel_.nodes[index], end_, entry);
+    // A subtree matters while it holds walk places after `after` and before the best so far;
+    // the one with the earlier walk places goes first.
+    static constexpr bool kSlotOrder = true;
+    unsigned children(const WideNode& node, double firstPlace[4]) const {
+        double entry[4];
+        unsigned in = boxes_.entersFour(node, endBound_, entry);
+        for (unsigned bits = in; bits != 0; bits &= bits - 1) {
+            const int c = __builtin_ctz(bits);
+            if (node.minSeq[c] >= best_.seq || (started_ && node.maxSeq[c] <= after_)) {
+                in &= ~(1u << c);
+            }
+            firstPlace[c] = node.minSeq[c];
+        }
+        return in;
     }
+    bool stillMatters(double firstPlace) const { return firstPlace < best_.seq; }
+    void visit(int32_t i) { test(accel_.triangles[i], accel_.sources[i]); }
 
+private:
     void test(const HotTriangle& tri, const TriangleSource& source) {
         if (started_ && tri.seq <= after_) return;
         if (tri.seq >= best_.seq) return;
@@ -747,6 +984,7 @@ private:
     const RayBoxes boxes_;
     WalkReach reach_;
     double end_ = 0.0;
+    RayBoxes::Bound endBound_{0.0};
     bool started_ = false;
     uint32_t after_ = 0;
     Candidate best_;
@@ -776,9 +1014,7 @@ SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view)
     if (bounded > 0) {
         for (int32_t i = 0; i < bounded; ++i) ids[i] = i;
         BuildNode* built = allocArray<BuildNode>(2 * static_cast<size_t>(bounded));
-        accel->nodeCount = BvhBuilder(items, ids, built).build(bounded, threads);
-        accel->nodes = allocArray<BvhNode>(accel->nodeCount);
-        accel->seqRanges = allocArray<SeqRange>(accel->nodeCount);
+        const int32_t builtCount = BvhBuilder(items, ids, built).build(bounded, threads);
         accel->triangles = allocArray<HotTriangle>(bounded);
         accel->sources = allocArray<TriangleSource>(bounded);
         for (int32_t i = 0; i < bounded; ++i) {
@@ -786,7 +1022,7 @@ SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view)
             accel->sources[i] = sources[ids[i]];
         }
         accel->triangleCount = bounded;
-        finishNodes(*accel, built);
+        collapseHierarchy(*accel, built, builtCount);
         freeArray(built);
     }
     if (view) buildTiles(*accel, items, ids, *view, threads);
@@ -804,7 +1040,6 @@ void freeAccel(SceneAccel* accel) {
     freeArray(accel->unbounded);
     freeArray(accel->unboundedSources);
     freeArray(accel->nodes);
-    freeArray(accel->seqRanges);
     freeArray(accel->octree);
     freePrimaryTiles(accel->tiles);
     checkedFree(accel);
@@ -812,7 +1047,7 @@ void freeAccel(SceneAccel* accel) {
 
 void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit) {
     const TileEntry *first, *last;
-    const bool tiled = ray.kind == RayKind::Primary &&
+    const bool tiled = ray.kind == RayKind::Primary && sameEye(ray.origin, accel.tiles.eye) &&
                        tileOf(accel.tiles, ray.column, ray.row, first, last);
     const Candidate best = tiled ? searchTile(accel, ray, hit.t, first, last)
                                  : NearestSearch(accel, ray, hit.t).run();
