@@ -632,8 +632,8 @@ struct RayBoxes {
     explicit RayBoxes(const Ray& ray) {
         const double o[3] = {ray.origin.x, ray.origin.y, ray.origin.z};
         const double d[3] = {ray.dir.x, ray.dir.y, ray.dir.z};
-        const double pad =
-            1e-9 * (1.0 + std::max({std::fabs(o[0]), std::fabs(o[1]), std::fabs(o[2])}));
+        const double largest = std::max({std::fabs(o[0]), std::fabs(o[1]), std::fabs(o[2])});
+        const double pad = 1e-9 * (1.0 + largest);
         for (int k = 0; k < 3; ++k) {
             // A direction parallel to an axis keeps its coordinate for every t a search
             // reaches; a tiny stand-in turns the slab into all or nothing.
@@ -645,18 +645,21 @@ struct RayBoxes {
             farOrigin[k] = down ? o[k] + pad : o[k] - pad;
         }
 #if ORV_SSE2
-        quick = true;
+        // Every moved origin coordinate is at most largest + pad in size.
+        quick = largest + pad <= 1e30 && std::fabs(inv[0]) <= 1e30 && std::fabs(inv[1]) <= 1e30 &&
+                std::fabs(inv[2]) <= 1e30;
         for (int k = 0; k < 3; ++k) {
-            inv2[k] = _mm_set1_pd(inv[k]);
-            nearOrigin2[k] = _mm_set1_pd(nearOrigin[k]);
-            farOrigin2[k] = _mm_set1_pd(farOrigin[k]);
-            quick = quick && std::fabs(inv[k]) <= 1e30 && std::fabs(nearOrigin[k]) <= 1e30 &&
-                    std::fabs(farOrigin[k]) <= 1e30;
-            // Origins rounded the way that makes a near parameter smaller and a far one larger.
-            const bool down = inv[k] < 0.0;
-            inv4[k] = _mm_set1_ps(static_cast<float>(inv[k]));
-            nearOrigin4[k] = _mm_set1_ps(roundTowards(nearOrigin[k], !down));
-            farOrigin4[k] = _mm_set1_ps(roundTowards(farOrigin[k], down));
+            if (quick) {
+                // Origins rounded the way that makes a near parameter smaller, a far one larger.
+                const bool down = inv[k] < 0.0;
+                inv4[k] = _mm_set1_ps(static_cast<float>(inv[k]));
+                nearOrigin4[k] = _mm_set1_ps(roundTowards(nearOrigin[k], !down));
+                farOrigin4[k] = _mm_set1_ps(roundTowards(farOrigin[k], down));
+            } else {
+                inv2[k] = _mm_set1_pd(inv[k]);
+                nearOrigin2[k] = _mm_set1_pd(nearOrigin[k]);
+                farOrigin2[k] = _mm_set1_pd(farOrigin[k]);
+            }
         }
 #endif
     }
