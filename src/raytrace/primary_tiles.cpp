@@ -1,8 +1,7 @@
 #include "raytrace/primary_tiles.h"
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
+#include <cstring>
 #include <vector>
 
 #include "core/checked_alloc.h"
@@ -21,10 +20,27 @@ bool clipToImage(const ScreenRect& r, const ScreenRect& image, ScreenRect& out) 
     return out.x0 <= out.x1 && out.y0 <= out.y1;
 }
 
+// The indices 0..count-1 by nearest, smallest first: a radix sort on the bits, which order
+// floats that are not negative as they order their values.
+std::vector<int32_t> byNearest(const float* nearest, int32_t count) {
+    std::vector<uint32_t> keys(count);
+    for (int32_t i = 0; i < count; ++i) std::memcpy(&keys[i], &nearest[i], sizeof(uint32_t));
+    std::vector<int32_t> order(count), other(count);
+    for (int32_t i = 0; i < count; ++i) order[i] = i;
+    for (int shift = 0; shift < 32; shift += 16) {
+        std::vector<int32_t> starts((1 << 16) + 1, 0);
+        for (int32_t i = 0; i < count; ++i) ++starts[((keys[i] >> shift) & 0xffff) + 1];
+        for (int b = 0; b < (1 << 16); ++b) starts[b + 1] += starts[b];
+        for (int32_t i : order) other[starts[(keys[i] >> shift) & 0xffff]++] = i;
+        order.swap(other);
+    }
+    return order;
+}
+
 }  // namespace
 
 void buildPrimaryTiles(PrimaryTiles& tiles, const ScreenRect& image, const ScreenRect* rects,
-                       const float* nearest, int32_t count, int threads) {
+                       const float* nearest, int32_t count) {
     freePrimaryTiles(tiles);
     if (image.x1 < image.x0 || image.y1 < image.y0) return;
     tiles.image = image;
@@ -34,10 +50,13 @@ void buildPrimaryTiles(PrimaryTiles& tiles, const ScreenRect& image, const Scree
     tiles.firsts = static_cast<int32_t*>(checkedAlloc(sizeof(int32_t) * (tileCount + 1)));
     std::fill(tiles.firsts, tiles.firsts + tileCount + 1, 0);
 
-    // Count, then place each triangle into the tiles its rectangle meets, in index order.
+    // Count, then place each triangle into the tiles its rectangle meets, nearest first, so
+    // that every tile's list comes out sorted (equal parameters are settled by walk place in
+    // the search, not by list order).
+    const std::vector<int32_t> order = byNearest(nearest, count);
     int64_t total = 0;
     for (int pass = 0; pass < 2; ++pass) {
-        for (int32_t i = 0; i < count; ++i) {
+        for (const int32_t i : order) {
             ScreenRect r;
             if (!clipToImage(rects[i], image, r)) continue;
             const int32_t tx0 = (r.x0 - image.x0) >> kTileShift, tx1 = (r.x1 - image.x0) >> kTileShift;
@@ -78,23 +97,6 @@ void buildPrimaryTiles(PrimaryTiles& tiles, const ScreenRect& image, const Scree
     // The fill moved each start to the next tile's; shift them back.
     for (size_t t = tileCount; t > 0; --t) tiles.firsts[t] = tiles.firsts[t - 1];
     tiles.firsts[0] = 0;
-
-    // Nearest first; the search settles equal parameters by walk place, not by list order.
-    std::atomic<size_t> next{0};
-    auto sortTiles = [&] {
-        for (size_t t; (t = next.fetch_add(64)) < tileCount;) {
-            for (size_t k = t; k < std::min(t + 64, tileCount); ++k) {
-                std::sort(tiles.entries + tiles.firsts[k], tiles.entries + tiles.firsts[k + 1],
-                                 [](const TileEntry& a, const TileEntry& b) {
-                                     return a.nearest < b.nearest;
-                                 });
-            }
-        }
-    };
-    std::vector<std::thread> helpers;
-    for (int t = 1; t < threads && total > (1 << 16); ++t) helpers.emplace_back(sortTiles);
-    sortTiles();
-    for (std::thread& helper : helpers) helper.join();
 }
 
 void freePrimaryTiles(PrimaryTiles& tiles) {

@@ -26,10 +26,10 @@ struct PrimaryTiles {
 
 constexpr int kTileShift = 3;
 
-// rects[i] and nearest[i] for each of count triangles; the tiles cover `image`. The lists are
-// sorted by up to `threads` threads.
+// rects[i] and nearest[i] for each of count triangles (nearest not negative); the tiles cover
+// `image`.
 void buildPrimaryTiles(PrimaryTiles& tiles, const ScreenRect& image, const ScreenRect* rects,
-                       const float* nearest, int32_t count, int threads);
+                       const float* nearest, int32_t count);
 void freePrimaryTiles(PrimaryTiles& tiles);
 
 // The list of the tile holding pixel (x, y), or false when the tiles do not cover it.

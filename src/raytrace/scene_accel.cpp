@@ -596,7 +596,7 @@ bool facesEye(const HotTriangle& tri, const Vec3& eye) {
 }
 
 void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
-                const PrimaryView& view, int threads) {
+                const PrimaryView& view) {
     const int32_t count = accel.triangleCount + accel.unboundedCount;
     ScreenRect* rects = allocArray<ScreenRect>(count);
     float* nearest = allocArray<float>(count);
@@ -611,7 +611,7 @@ void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
         rects[accel.triangleCount + i] = facesEye(tri, view.eye) ? tri.rect : kNowhere;
         nearest[accel.triangleCount + i] = 0.0f;
     }
-    buildPrimaryTiles(accel.tiles, view.image, rects, nearest, count, threads);
+    buildPrimaryTiles(accel.tiles, view.image, rects, nearest, count);
     accel.tiles.eye = view.eye;
     freeArray(rects);
     freeArray(nearest);
@@ -1028,7 +1028,7 @@ SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view)
         collapseHierarchy(*accel, built, builtCount);
         freeArray(built);
     }
-    if (view) buildTiles(*accel, items, ids, *view, threads);
+    if (view) buildTiles(*accel, items, ids, *view);
     freeArray(ids);
     freeArray(items);
     freeArray(hot);
