@@ -11,14 +11,8 @@
 #include <thread>
 #include <vector>
 
-#if defined(__SSE2__) || defined(_M_X64)
-#include <emmintrin.h>
-#define ORV_SSE2 1
-#else
-#define ORV_SSE2 0
-#endif
-
 #include "core/checked_alloc.h"
+#include "raytrace/box_test.h"
 #include "raytrace/primary_tiles.h"
 #include "raytrace/triangle_hit.h"
 
@@ -58,7 +52,7 @@ struct OctreeRef {
 // `child`; an unused slot has an empty box and no walk places. Children are stored in the
 // order of their first walk place. The root is node 0.
 struct alignas(64) WideNode {
-    float box[2][3][4];
+    FourBoxes boxes;
     int32_t child[4];
     int32_t count[4];
     uint32_t minSeq[4], maxSeq[4];  // the walk places a child's triangles span
@@ -82,20 +76,6 @@ T* allocArray(size_t n) {
     start += (kLine - reinterpret_cast<uintptr_t>(start) % kLine) % kLine;
     std::memcpy(start - sizeof(void*), &raw, sizeof raw);
     return reinterpret_cast<T*>(start);
-}
-
-// x in single precision, rounded up (or down); infinite beyond the largest float.
-float roundTowards(double x, bool up) {
-    float f = static_cast<float>(x);
-    if (up ? f < x : f > x) {  // one step: the next float up (down) in bit order
-        if (f == 0.0f) return up ? std::numeric_limits<float>::denorm_min()
-                                 : -std::numeric_limits<float>::denorm_min();
-        uint32_t bits;
-        std::memcpy(&bits, &f, sizeof bits);
-        bits += (f > 0.0f) == up ? 1 : -1;
-        std::memcpy(&f, &bits, sizeof f);
-    }
-    return f;
 }
 
 void freeArray(void* p) {
@@ -541,8 +521,8 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
         for (int c = 0; c < 4; ++c) {
             if (c >= n) {
                 for (int k = 0; k < 3; ++k) {
-                    node.box[0][k][c] = std::numeric_limits<float>::infinity();
-                    node.box[1][k][c] = -std::numeric_limits<float>::infinity();
+                    node.boxes.box[0][k][c] = std::numeric_limits<float>::infinity();
+                    node.boxes.box[1][k][c] = -std::numeric_limits<float>::infinity();
                 }
                 node.child[c] = -1;
                 node.minSeq[c] = UINT32_MAX;
@@ -552,8 +532,8 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
             float lo[3], hi[3];
             roundOutwards(kid.box, lo, hi);
             for (int k = 0; k < 3; ++k) {
-                node.box[0][k][c] = lo[k];
-                node.box[1][k][c] = hi[k];
+                node.boxes.box[0][k][c] = lo[k];
+                node.boxes.box[1][k][c] = hi[k];
             }
             node.minSeq[c] = ranges[kids[c]].minSeq;
             node.maxSeq[c] = ranges[kids[c]].maxSeq;
@@ -618,151 +598,6 @@ void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
 }
 
 // ---- The searches ----
-
-// The ray's constants for box tests against boxes widened by a margin that covers rounding
-// in the triangle test for this origin.
-struct RayBoxes {
-    // A search's bound, and the same rounded up to single precision.
-    struct Bound {
-        explicit Bound(double t) : exact(t), rounded(roundTowards(t, true)) {}
-        double exact;
-        float rounded;
-    };
-
-    explicit RayBoxes(const Ray& ray) {
-        const double o[3] = {ray.origin.x, ray.origin.y, ray.origin.z};
-        const double d[3] = {ray.dir.x, ray.dir.y, ray.dir.z};
-        const double largest = std::max({std::fabs(o[0]), std::fabs(o[1]), std::fabs(o[2])});
-        const double pad = 1e-9 * (1.0 + largest);
-        for (int k = 0; k < 3; ++k) {
-            // A direction parallel to an axis keeps its coordinate for every t a search
-            // reaches; a tiny stand-in turns the slab into all or nothing.
-            inv[k] = 1.0 / (d[k] != 0.0 ? d[k] : 1e-300);
-            const bool down = inv[k] < 0.0;
-            nearPlane[k] = ((down ? 1 : 0) * 3 + k) * 4;
-            farPlane[k] = ((down ? 0 : 1) * 3 + k) * 4;
-            nearOrigin[k] = down ? o[k] - pad : o[k] + pad;
-            farOrigin[k] = down ? o[k] + pad : o[k] - pad;
-        }
-#if ORV_SSE2
-        // Every moved origin coordinate is at most largest + pad in size.
-        quick = largest + pad <= 1e30 && std::fabs(inv[0]) <= 1e30 && std::fabs(inv[1]) <= 1e30 &&
-                std::fabs(inv[2]) <= 1e30;
-        for (int k = 0; k < 3; ++k) {
-            if (quick) {
-                // Origins rounded the way that makes a near parameter smaller, a far one larger.
-                const bool down = inv[k] < 0.0;
-                inv4[k] = _mm_set1_ps(static_cast<float>(inv[k]));
-                nearOrigin4[k] = _mm_set1_ps(roundTowards(nearOrigin[k], !down));
-                farOrigin4[k] = _mm_set1_ps(roundTowards(farOrigin[k], down));
-            } else {
-                inv2[k] = _mm_set1_pd(inv[k]);
-                nearOrigin2[k] = _mm_set1_pd(nearOrigin[k]);
-                farOrigin2[k] = _mm_set1_pd(farOrigin[k]);
-            }
-        }
-#endif
-    }
-
-    // Bit c set when child c's box meets the ray's span (0, bound], with a lower bound of its
-    // entry parameter in entry[c]. A box that the exact test below accepts is always accepted.
-    unsigned entersFour(const WideNode& node, const Bound& bound, double entry[4]) const {
-#if ORV_SSE2
-        if (quick) return entersFourQuick(node, bound.rounded, entry);
-#endif
-        return entersFourExact(node, bound.exact, entry);
-    }
-
-    // The exact test: the slab parameters (plane - origin) * inv, the entry as the largest near
-    // parameter and the exit as the smallest far one, kept as (a > b ? a : b) and
-    // (a < b ? a : b) keep them, in double precision.
-    unsigned entersFourExact(const WideNode& node, double bound, double entry[4]) const {
-        const float* planes = &node.box[0][0][0];
-#if ORV_SSE2
-        __m128d tminLo, tminHi, tmaxLo, tmaxHi, lo, hi;
-        slab(planes + nearPlane[0], nearOrigin2[0], inv2[0], tminLo, tminHi);
-        slab(planes + farPlane[0], farOrigin2[0], inv2[0], tmaxLo, tmaxHi);
-        for (int k = 1; k < 3; ++k) {
-            slab(planes + nearPlane[k], nearOrigin2[k], inv2[k], lo, hi);
-            tminLo = _mm_max_pd(lo, tminLo);
-            tminHi = _mm_max_pd(hi, tminHi);
-            slab(planes + farPlane[k], farOrigin2[k], inv2[k], lo, hi);
-            tmaxLo = _mm_min_pd(lo, tmaxLo);
-            tmaxHi = _mm_min_pd(hi, tmaxHi);
-        }
-        const __m128d b = _mm_set1_pd(bound), zero = _mm_setzero_pd();
-        const __m128d inLo = _mm_and_pd(_mm_cmple_pd(tminLo, tmaxLo),
-                                        _mm_and_pd(_mm_cmple_pd(zero, tmaxLo), _mm_cmple_pd(tminLo, b)));
-        const __m128d inHi = _mm_and_pd(_mm_cmple_pd(tminHi, tmaxHi),
-                                        _mm_and_pd(_mm_cmple_pd(zero, tmaxHi), _mm_cmple_pd(tminHi, b)));
-        _mm_storeu_pd(entry, tminLo);
-        _mm_storeu_pd(entry + 2, tminHi);
-        return static_cast<unsigned>(_mm_movemask_pd(inLo) | _mm_movemask_pd(inHi) << 2);
-#else
-        unsigned in = 0;
-        for (int c = 0; c < 4; ++c) {
-            double tmin = (double{planes[nearPlane[0] + c]} - nearOrigin[0]) * inv[0];
-            double tmax = (double{planes[farPlane[0] + c]} - farOrigin[0]) * inv[0];
-            for (int k = 1; k < 3; ++k) {
-                const double tn = (double{planes[nearPlane[k] + c]} - nearOrigin[k]) * inv[k];
-                const double tf = (double{planes[farPlane[k] + c]} - farOrigin[k]) * inv[k];
-                if (tn > tmin) tmin = tn;
-                if (tf < tmax) tmax = tf;
-            }
-            entry[c] = tmin;
-            if (tmin <= tmax && 0.0 <= tmax && tmin <= bound) in |= 1u << c;
-        }
-        return in;
-#endif
-    }
-
-#if ORV_SSE2
-    // The same test in single precision, four boxes at once, for rays whose origins and
-    // inverse directions stay within 1e30. Each parameter is (plane - o') * inv' with o' the
-    // origin rounded to the safe side and inv' within 2^-24 of inv: within three roundings of
-    // 2^-24 of an exact value on the safe side of the double test's. The entry and exit are
-    // then widened by 2^-20 of themselves and by 1e-12 (for results near the smallest floats),
-    // and the bound rounded up: an entry never exceeds, an exit never falls short of the
-    // double test's.
-    unsigned entersFourQuick(const WideNode& node, float bound, double entry[4]) const {
-        const float* planes = &node.box[0][0][0];
-        __m128 tmin = slab4(planes + nearPlane[0], nearOrigin4[0], inv4[0]);
-        __m128 tmax = slab4(planes + farPlane[0], farOrigin4[0], inv4[0]);
-        for (int k = 1; k < 3; ++k) {
-            tmin = _mm_max_ps(tmin, slab4(planes + nearPlane[k], nearOrigin4[k], inv4[k]));
-            tmax = _mm_min_ps(tmax, slab4(planes + farPlane[k], farOrigin4[k], inv4[k]));
-        }
-        const __m128 less = _mm_set1_ps(1.0f - 0x1p-20f), more = _mm_set1_ps(1.0f + 0x1p-20f);
-        const __m128 absolute = _mm_set1_ps(1e-12f);
-        tmin = _mm_sub_ps(_mm_min_ps(_mm_mul_ps(tmin, less), _mm_mul_ps(tmin, more)), absolute);
-        tmax = _mm_add_ps(_mm_max_ps(_mm_mul_ps(tmax, less), _mm_mul_ps(tmax, more)), absolute);
-        const __m128 b = _mm_set1_ps(bound);
-        const __m128 in = _mm_and_ps(_mm_cmple_ps(tmin, tmax),
-                                     _mm_and_ps(_mm_cmple_ps(_mm_setzero_ps(), tmax), _mm_cmple_ps(tmin, b)));
-        _mm_storeu_pd(entry, _mm_cvtps_pd(tmin));
-        _mm_storeu_pd(entry + 2, _mm_cvtps_pd(_mm_movehl_ps(tmin, tmin)));
-        return static_cast<unsigned>(_mm_movemask_ps(in));
-    }
-
-    static __m128 slab4(const float* plane, __m128 origin, __m128 inv) {
-        return _mm_mul_ps(_mm_sub_ps(_mm_load_ps(plane), origin), inv);
-    }
-
-    // One axis's slab parameters for the four children, in double precision.
-    static void slab(const float* plane, __m128d origin, __m128d inv, __m128d& lo, __m128d& hi) {
-        const __m128 p = _mm_load_ps(plane);
-        lo = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(p), origin), inv);
-        hi = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(_mm_movehl_ps(p, p)), origin), inv);
-    }
-
-    __m128d inv2[3], nearOrigin2[3], farOrigin2[3];
-    __m128 inv4[3], nearOrigin4[3], farOrigin4[3];
-    bool quick;
-#endif
-    double inv[3];
-    int nearPlane[3], farPlane[3];  // offsets of a node's near and far planes of each axis
-    double nearOrigin[3], farOrigin[3];
-};
 
 // Whether the octree walk reaches a node for this ray: its box and every box above it met.
 class WalkReach {
@@ -884,7 +719,7 @@ public:
     // Nearest box first; a box is worth entering while it can hold something as near.
     static constexpr bool kSlotOrder = false;
     unsigned children(const WideNode& node, double entry[4]) const {
-        return boxes_.entersFour(node, bestBound_, entry);
+        return boxes_.entersFour(node.boxes, bestBound_, entry);
     }
     bool stillMatters(double entry) const { return entry <= best_.t; }
     void visit(int32_t i) { test(accel_.triangles[i], accel_.sources[i]); }
@@ -958,7 +793,7 @@ public:
     static constexpr bool kSlotOrder = true;
     unsigned children(const WideNode& node, double firstPlace[4]) const {
         double entry[4];
-        unsigned in = boxes_.entersFour(node, endBound_, entry);
+        unsigned in = boxes_.entersFour(node.boxes, endBound_, entry);
         for (unsigned bits = in; bits != 0; bits &= bits - 1) {
             const int c = __builtin_ctz(bits);
             if (node.minSeq[c] >= best_.seq || (started_ && node.maxSeq[c] <= after_)) {
