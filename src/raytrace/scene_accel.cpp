@@ -27,12 +27,14 @@ namespace {
 struct alignas(64) HotTriangle {
     Vec3 n;
     double dist;
-    uint32_t seq;  // place in the walk order
-    uint32_t twoSided;
+    uint32_t seq;    // place in the walk order
+    uint32_t flags;  // kTwoSided, kEndsLeaf
     Vec3 p0, a, b;
     ScreenRect rect;
 };
 static_assert(sizeof(HotTriangle) == 128, "two cache lines");
+constexpr uint32_t kTwoSided = 1;  // of a two-sided body
+constexpr uint32_t kEndsLeaf = 2;  // the last of its hierarchy leaf
 
 // What only a candidate needs.
 struct TriangleSource {
@@ -48,16 +50,21 @@ struct OctreeRef {
 
 // Four children a node, their boxes side by side so that one pass tests all four: per side
 // (minimum, maximum corner), per axis, per child; single precision, rounded outwards. A child
-// is a leaf holding count > 0 triangles from `child`, or an inner node (count 0) at index
-// `child`; an unused slot has an empty box and no walk places. Children are stored in the
-// order of their first walk place. The root is node 0.
+// is an inner node at index `child` (not negative) or a leaf whose triangles start at
+// -1 - child and run to the one marked kEndsLeaf; an unused slot has an empty box and no walk
+// places. Children are stored in the order of their first walk place. The root is node 0.
 struct alignas(64) WideNode {
     FourBoxes boxes;
     int32_t child[4];
-    int32_t count[4];
-    uint32_t minSeq[4], maxSeq[4];  // the walk places a child's triangles span
+    uint32_t minSeq[4];  // the earliest walk place under each child
 };
-static_assert(sizeof(WideNode) == 192, "three cache lines");
+static_assert(sizeof(WideNode) == 128, "two cache lines");
+
+// The latest walk place under each child, needed only once a shadow search has passed an
+// occluder.
+struct LatestPlaces {
+    uint32_t maxSeq[4];
+};
 
 // The walk places a subtree's triangles span.
 struct SeqRange {
@@ -97,6 +104,7 @@ struct SceneAccel {
     TriangleSource* unboundedSources = nullptr;
     int32_t unboundedCount = 0;
     WideNode* nodes = nullptr;
+    LatestPlaces* latest = nullptr;  // per node
     int32_t nodeCount = 0;
     OctreeRef* octree = nullptr;
     // Primary rays' candidates: index i < triangleCount is triangles[i], the others
@@ -386,7 +394,7 @@ HotTriangle hotCopy(const Triangle& tri, bool twoSided, uint32_t seq) {
     hot.dist = tri.dist;
     hot.rect = tri.rect;
     hot.seq = seq;
-    hot.twoSided = twoSided ? 1u : 0u;
+    hot.flags = twoSided ? kTwoSided : 0u;
     return hot;
 }
 
@@ -484,6 +492,7 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
     const std::vector<SeqRange> ranges = binaryRanges(accel.triangles, accel.triangleCount, built, builtCount);
     // At most one node for each inner binary node, and the root.
     accel.nodes = allocArray<WideNode>(static_cast<size_t>(builtCount) / 2 + 1);
+    accel.latest = allocArray<LatestPlaces>(static_cast<size_t>(builtCount) / 2 + 1);
     int32_t count = 1;
     std::vector<std::pair<int32_t, int32_t>> work{{0, 0}};  // (wide node, binary node)
     while (!work.empty()) {
@@ -524,7 +533,7 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
                     node.boxes.box[0][k][c] = std::numeric_limits<float>::infinity();
                     node.boxes.box[1][k][c] = -std::numeric_limits<float>::infinity();
                 }
-                node.child[c] = -1;
+                node.child[c] = 0;
                 node.minSeq[c] = UINT32_MAX;
                 continue;
             }
@@ -536,10 +545,10 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
                 node.boxes.box[1][k][c] = hi[k];
             }
             node.minSeq[c] = ranges[kids[c]].minSeq;
-            node.maxSeq[c] = ranges[kids[c]].maxSeq;
-            node.count[c] = kid.count;
+            accel.latest[at].maxSeq[c] = ranges[kids[c]].maxSeq;
             if (kid.count > 0) {
-                node.child[c] = kid.first;
+                node.child[c] = -1 - kid.first;
+                accel.triangles[kid.first + kid.count - 1].flags |= kEndsLeaf;
             } else {
                 node.child[c] = count++;
                 work.emplace_back(node.child[c], kids[c]);
@@ -572,7 +581,7 @@ float nearestParameter(const double box[2][3], const Vec3& eye) {
 // t = -(dot(n, eye) + dist) / denom, with denom < 0, is positive only where
 // dot(n, eye) + dist > 0, computed exactly so. Others are left out of the tiles.
 bool facesEye(const HotTriangle& tri, const Vec3& eye) {
-    return tri.twoSided != 0 || dot(tri.n, eye) + tri.dist > 0.0;
+    return (tri.flags & kTwoSided) != 0 || dot(tri.n, eye) + tri.dist > 0.0;
 }
 
 void buildTiles(SceneAccel& accel, const BuildItem* items, const int32_t* ids,
@@ -636,7 +645,7 @@ constexpr int kStackSize = 256;
 // The triangle test on the copied record: true with the parameter when 1e-6 < t < bound.
 bool hotTriangleHit(const HotTriangle& tri, const Ray& ray, double bound, double& t) {
     double denom, u, v;
-    if (!planeParameter(tri.n, tri.dist, tri.twoSided != 0, ray, denom, t)) return false;
+    if (!planeParameter(tri.n, tri.dist, (tri.flags & kTwoSided) != 0, ray, denom, t)) return false;
     if (!(t > kHitEps && t < bound)) return false;
     return insideTriangle(tri.p0, tri.a, tri.b, ray.origin + t * ray.dir, u, v);
 }
@@ -655,7 +664,13 @@ template <typename Search>
 void walkHierarchy(const SceneAccel& accel, Search& search) {
     struct Pending {
         double key;
-        int32_t child, count;
+        int32_t child;
+    };
+    auto visitLeaf = [&](int32_t child) {
+        for (int32_t i = -1 - child;; ++i) {
+            search.visit(i);
+            if (accel.triangles[i].flags & kEndsLeaf) return;
+        }
     };
     Pending stack[kStackSize];
     int top = 0;
@@ -664,7 +679,7 @@ void walkHierarchy(const SceneAccel& accel, Search& search) {
     for (;;) {
         const WideNode& node = accel.nodes[current];
         double keys[4];
-        unsigned in = search.children(node, keys);
+        unsigned in = search.children(node, current, keys);
         // The children in the order to take them; all but the first wait on the stack.
         int order[4], n = 0;
         for (; in != 0; in &= in - 1) {
@@ -677,25 +692,25 @@ void walkHierarchy(const SceneAccel& accel, Search& search) {
         }
         for (int k = n - 1; k > 0; --k) {
             const int c = order[k];
-            stack[top++] = Pending{keys[c], node.child[c], node.count[c]};
+            stack[top++] = Pending{keys[c], node.child[c]};
         }
         if (n > 0) {
-            const int c = order[0];
-            if (node.count[c] == 0) {
-                current = node.child[c];
+            const int32_t child = node.child[order[0]];
+            if (child >= 0) {
+                current = child;
                 continue;
             }
-            for (int32_t i = node.child[c]; i < node.child[c] + node.count[c]; ++i) search.visit(i);
+            visitLeaf(child);
         }
         for (;;) {
             if (top == 0) return;
             const Pending next = stack[--top];
             if (!search.stillMatters(next.key)) continue;
-            if (next.count == 0) {
+            if (next.child >= 0) {
                 current = next.child;
                 break;
             }
-            for (int32_t i = next.child; i < next.child + next.count; ++i) search.visit(i);
+            visitLeaf(next.child);
         }
     }
 }
@@ -718,7 +733,7 @@ public:
 
     // Nearest box first; a box is worth entering while it can hold something as near.
     static constexpr bool kSlotOrder = false;
-    unsigned children(const WideNode& node, double entry[4]) const {
+    unsigned children(const WideNode& node, int32_t, double entry[4]) const {
         return boxes_.entersFour(node.boxes, bestBound_, entry);
     }
     bool stillMatters(double entry) const { return entry <= best_.t; }
@@ -791,12 +806,13 @@ public:
     // A subtree matters while it holds walk places after `after` and before the best so far;
     // the one with the earlier walk places goes first.
     static constexpr bool kSlotOrder = true;
-    unsigned children(const WideNode& node, double firstPlace[4]) const {
+    unsigned children(const WideNode& node, int32_t index, double firstPlace[4]) const {
         double entry[4];
         unsigned in = boxes_.entersFour(node.boxes, endBound_, entry);
         for (unsigned bits = in; bits != 0; bits &= bits - 1) {
             const int c = __builtin_ctz(bits);
-            if (node.minSeq[c] >= best_.seq || (started_ && node.maxSeq[c] <= after_)) {
+            if (node.minSeq[c] >= best_.seq ||
+                (started_ && accel_.latest[index].maxSeq[c] <= after_)) {
                 in &= ~(1u << c);
             }
             firstPlace[c] = node.minSeq[c];
@@ -878,6 +894,7 @@ void freeAccel(SceneAccel* accel) {
     freeArray(accel->unbounded);
     freeArray(accel->unboundedSources);
     freeArray(accel->nodes);
+    freeArray(accel->latest);
     freeArray(accel->octree);
     freePrimaryTiles(accel->tiles);
     checkedFree(accel);
