@@ -219,10 +219,12 @@ bool textureLookup(const Mat& mat, int slotIndex, const Mat4& transform, const V
         if (outColour) *outColour = Vec3{1.0, 1.0, 1.0};
         if (outMode) *outMode = 0;
     }
-    // Held from the texture test on: a tool thread may free or replace the pixels meanwhile.
-    ProcessLockScope lock;
     if (slotIndex < 0 || slotIndex > 3 || !hasTexture(mat.slots[slotIndex])) return false;
+    // Held from before the mapping to the end: a tool thread may free or replace the pixels.
+    // A free between the test and the lock counts as if it came before the test.
+    ProcessLockScope lock;
     const OrvTextureSlot& slot = mat.slots[slotIndex];
+    if (!hasTexture(slot)) return false;
 
     double uv[2] = {0.0, 0.0};
     mapTexture(mat, slotIndex, transform, &hit, 1, normal, uv, boxMin, boxMax, origin);
