@@ -20,6 +20,13 @@
 
 #include "raytrace/intersect.h"
 
+// The searches test boxes in their innermost loop: the test belongs inline there.
+#if defined(__GNUC__)
+#define ORV_BOX_TEST_INLINE inline __attribute__((always_inline))
+#else
+#define ORV_BOX_TEST_INLINE inline
+#endif
+
 namespace orv {
 
 // Four boxes side by side: per side (minimum, maximum corner), per axis, per box.
@@ -82,7 +89,8 @@ struct RayBoxes {
 
     // Bit c set when child c's box meets the ray's span (0, bound], with a lower bound of its
     // entry parameter in entry[c]. A box that the exact test below accepts is always accepted.
-    unsigned entersFour(const FourBoxes& node, const Bound& bound, double entry[4]) const {
+    ORV_BOX_TEST_INLINE unsigned entersFour(const FourBoxes& node, const Bound& bound,
+                                            double entry[4]) const {
 #if ORV_SSE2
         if (quick) return entersFourQuick(node, bound.rounded, entry);
 #endif
@@ -140,7 +148,8 @@ struct RayBoxes {
     // then widened by 2^-20 of themselves and by 1e-12 (for results near the smallest floats),
     // and the bound rounded up: an entry never exceeds, an exit never falls short of the
     // double test's.
-    unsigned entersFourQuick(const FourBoxes& node, float bound, double entry[4]) const {
+    ORV_BOX_TEST_INLINE unsigned entersFourQuick(const FourBoxes& node, float bound,
+                                                 double entry[4]) const {
         const float* planes = &node.box[0][0][0];
         __m128 tmin = slab4(planes + nearPlane[0], nearOrigin4[0], inv4[0]);
         __m128 tmax = slab4(planes + farPlane[0], farOrigin4[0], inv4[0]);
@@ -160,7 +169,7 @@ struct RayBoxes {
         return static_cast<unsigned>(_mm_movemask_ps(in));
     }
 
-    static __m128 slab4(const float* plane, __m128 origin, __m128 inv) {
+    ORV_BOX_TEST_INLINE static __m128 slab4(const float* plane, __m128 origin, __m128 inv) {
         return _mm_mul_ps(_mm_sub_ps(_mm_load_ps(plane), origin), inv);
     }
 
