@@ -41,6 +41,7 @@ struct TriangleSource {
     const Triangle* triangle;
     const Body* body;
     int32_t octreeNode;  // index into SceneAccel::octree
+    uint32_t seq;        // place in the walk order
 };
 
 struct OctreeRef {
@@ -407,8 +408,8 @@ int32_t countOctreeNodes(const OctreeNode& node) {
 // Walks the octree in the search's order, numbering triangles and recording node boxes.
 class WalkOrder {
 public:
-    WalkOrder(SceneAccel& accel, BuildItem* items, HotTriangle* hot, TriangleSource* sources)
-        : accel_(accel), items_(items), hot_(hot), sources_(sources) {}
+    WalkOrder(SceneAccel& accel, BuildItem* items, TriangleSource* sources)
+        : accel_(accel), items_(items), sources_(sources) {}
 
     void walk(const OctreeNode& node, const Body& body, int32_t parent) {
         const int32_t index = octreeCount_++;
@@ -417,17 +418,15 @@ public:
             const Triangle& tri = node.triangles[k];
             const uint32_t seq = seq_++;
             if (neverHit(tri)) continue;
-            const HotTriangle hot = hotCopy(tri, body.twoSided != 0, seq);
-            const TriangleSource source{&tri, &body, index};
+            const TriangleSource source{&tri, &body, index, seq};
             BuildItem item;
             if (acceptedBounds(tri, item.box[0], item.box[1])) {
                 for (int i = 0; i < 3; ++i) item.centre[i] = 0.5 * (item.box[0][i] + item.box[1][i]);
                 items_[bounded_] = item;
-                hot_[bounded_] = hot;
                 sources_[bounded_] = source;
                 ++bounded_;
             } else {
-                accel_.unbounded[accel_.unboundedCount] = hot;
+                accel_.unbounded[accel_.unboundedCount] = hotCopy(tri, body.twoSided != 0, seq);
                 accel_.unboundedSources[accel_.unboundedCount] = source;
                 ++accel_.unboundedCount;
             }
@@ -440,12 +439,32 @@ public:
 private:
     SceneAccel& accel_;
     BuildItem* items_;
-    HotTriangle* hot_;
     TriangleSource* sources_;
     int32_t octreeCount_ = 0;
     int32_t bounded_ = 0;
     uint32_t seq_ = 0;
 };
+
+// The triangles' copies in the hierarchy's leaf order, made from the octree's records by up
+// to `threads` threads.
+void copyInLeafOrder(SceneAccel& accel, const TriangleSource* sources, const int32_t* ids,
+                     int32_t count, int threads) {
+    auto copyRange = [&](int32_t begin, int32_t end) {
+        for (int32_t i = begin; i < end; ++i) {
+            const TriangleSource& source = sources[ids[i]];
+            accel.sources[i] = source;
+            accel.triangles[i] = hotCopy(*source.triangle, source.body->twoSided != 0, source.seq);
+        }
+    };
+    std::vector<std::thread> helpers;
+    const int parts = count >= (1 << 16) ? std::max(threads, 1) : 1;
+    for (int t = 1; t < parts; ++t) {
+        helpers.emplace_back(copyRange, int32_t(int64_t(count) * t / parts),
+                             int32_t(int64_t(count) * (t + 1) / parts));
+    }
+    copyRange(0, int32_t(int64_t(count) / parts));
+    for (std::thread& helper : helpers) helper.join();
+}
 
 int32_t countTriangles(const OctreeNode& node) {
     int32_t n = node.triangleCount;
@@ -857,10 +876,9 @@ SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view)
     accel->unbounded = allocArray<HotTriangle>(triangles);
     accel->unboundedSources = allocArray<TriangleSource>(triangles);
     BuildItem* items = allocArray<BuildItem>(triangles);
-    HotTriangle* hot = allocArray<HotTriangle>(triangles);
     TriangleSource* sources = allocArray<TriangleSource>(triangles);
 
-    WalkOrder order(*accel, items, hot, sources);
+    WalkOrder order(*accel, items, sources);
     for (const Body* body = scene.bodies; body; body = body->next) order.walk(*body->root, *body, -1);
     const int32_t bounded = order.bounded();
 
@@ -871,10 +889,7 @@ SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view)
         const int32_t builtCount = BvhBuilder(items, ids, built).build(bounded, threads);
         accel->triangles = allocArray<HotTriangle>(bounded);
         accel->sources = allocArray<TriangleSource>(bounded);
-        for (int32_t i = 0; i < bounded; ++i) {
-            accel->triangles[i] = hot[ids[i]];
-            accel->sources[i] = sources[ids[i]];
-        }
+        copyInLeafOrder(*accel, sources, ids, bounded, threads);
         accel->triangleCount = bounded;
         collapseHierarchy(*accel, built, builtCount);
         freeArray(built);
@@ -882,7 +897,6 @@ SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view)
     if (view) buildTiles(*accel, items, ids, *view);
     freeArray(ids);
     freeArray(items);
-    freeArray(hot);
     freeArray(sources);
     return accel;
 }
