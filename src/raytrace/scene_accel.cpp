@@ -233,7 +233,7 @@ public:
             if (threads > 1 && task.end - task.begin >= kParallelRun &&
                 static_cast<int>(shared.size()) + top < 4 * threads) {
                 Task left, right;
-                if (splitNode(task, left, right)) {
+                if (splitNode(task, left, right, true)) {
                     stack[top++] = right;
                     stack[top++] = left;
                 }
@@ -276,22 +276,55 @@ private:
         }
     }
 
-    // Sets the node's box and either leaves it a leaf (false) or splits it in two.
-    bool splitNode(const Task& task, Task& left, Task& right) {
-        BuildNode& node = nodes_[task.node];
-        double centres[2][3];
-        emptyBox(node.box);
-        emptyBox(centres);
-        for (int32_t i = task.begin; i < task.end; ++i) {
-            const BuildItem& item = items_[ids_[i]];
-            growBox(node.box, item.box);
-            for (int k = 0; k < 3; ++k) {
-                centres[0][k] = std::min(centres[0][k], item.centre[k]);
-                centres[1][k] = std::max(centres[1][k], item.centre[k]);
-            }
+    // Runs part(begin, end, result) over [begin, end), on two threads (halves, merged) when
+    // asked to and the run is long: the top of the tree, before the threads take subtrees.
+    // Boxes and counts merge exactly, so the results do not depend on the split.
+    template <typename Result, typename Part, typename Merge>
+    static void overItems(bool parallel, int32_t begin, int32_t end, Result& result, Part part,
+                          Merge merge) {
+        if (!parallel || end - begin < kParallelRun * 8) {
+            part(begin, end, result);
+            return;
         }
+        const int32_t middle = begin + (end - begin) / 2;
+        Result upper = result;
+        std::thread helper([&] { part(middle, end, upper); });
+        part(begin, middle, result);
+        helper.join();
+        merge(result, upper);
+    }
+
+    struct NodeBounds {
+        double box[2][3], centres[2][3];
+    };
+
+    // Sets the node's box and either leaves it a leaf (false) or splits it in two.
+    bool splitNode(const Task& task, Task& left, Task& right, bool parallel = false) {
+        BuildNode& node = nodes_[task.node];
+        NodeBounds bounds;
+        emptyBox(bounds.box);
+        emptyBox(bounds.centres);
+        overItems(
+            parallel, task.begin, task.end, bounds,
+            [this](int32_t begin, int32_t end, NodeBounds& b) {
+                for (int32_t i = begin; i < end; ++i) {
+                    const BuildItem& item = items_[ids_[i]];
+                    growBox(b.box, item.box);
+                    for (int k = 0; k < 3; ++k) {
+                        b.centres[0][k] = std::min(b.centres[0][k], item.centre[k]);
+                        b.centres[1][k] = std::max(b.centres[1][k], item.centre[k]);
+                    }
+                }
+            },
+            [](NodeBounds& into, const NodeBounds& from) {
+                growBox(into.box, from.box);
+                growBox(into.centres, from.centres);
+            });
+        std::memcpy(node.box, bounds.box, sizeof node.box);
+        const double (&centres)[2][3] = bounds.centres;
         const int32_t count = task.end - task.begin;
-        const int32_t middle = count <= kMaxLeaf ? task.begin : chooseSplit(task, node, centres);
+        const int32_t middle =
+            count <= kMaxLeaf ? task.begin : chooseSplit(task, node, centres, parallel);
         if (middle == task.begin) {
             node.first = task.begin;
             node.count = count;
@@ -307,29 +340,44 @@ private:
 
     // Where to cut ids_[begin, end): the surface area heuristic over binned centres, or the
     // middle when it finds no cut; begin when the node should stay a leaf.
-    int32_t chooseSplit(const Task& task, const BuildNode& node, const double centres[2][3]) {
+    int32_t chooseSplit(const Task& task, const BuildNode& node, const double centres[2][3],
+                        bool parallel) {
         const int32_t count = task.end - task.begin;
         const int32_t middle = task.begin + count / 2;
         if (task.depth >= kMaxSahDepth) return middle;
 
-        Bin bins[3][kBins];
+        struct Bins {
+            Bin of[3][kBins];
+        } bins;
         double scale[3];
         for (int k = 0; k < 3; ++k) {
             const double extent = centres[1][k] - centres[0][k];
             scale[k] = extent > 0.0 ? kBins * (1.0 - 1e-9) / extent : 0.0;
-            for (Bin& bin : bins[k]) {
+            for (Bin& bin : bins.of[k]) {
                 emptyBox(bin.box);
                 bin.count = 0;
             }
         }
-        for (int32_t i = task.begin; i < task.end; ++i) {
-            const BuildItem& item = items_[ids_[i]];
-            for (int k = 0; k < 3; ++k) {
-                Bin& bin = bins[k][binOf(item.centre[k], centres[0][k], scale[k])];
-                growBox(bin.box, item.box);
-                ++bin.count;
-            }
-        }
+        overItems(
+            parallel, task.begin, task.end, bins,
+            [&](int32_t begin, int32_t end, Bins& b) {
+                for (int32_t i = begin; i < end; ++i) {
+                    const BuildItem& item = items_[ids_[i]];
+                    for (int k = 0; k < 3; ++k) {
+                        Bin& bin = b.of[k][binOf(item.centre[k], centres[0][k], scale[k])];
+                        growBox(bin.box, item.box);
+                        ++bin.count;
+                    }
+                }
+            },
+            [](Bins& into, const Bins& from) {
+                for (int k = 0; k < 3; ++k) {
+                    for (int b = 0; b < kBins; ++b) {
+                        growBox(into.of[k][b].box, from.of[k][b].box);
+                        into.of[k][b].count += from.of[k][b].count;
+                    }
+                }
+            });
 
         double bestCost = std::numeric_limits<double>::infinity();
         int bestAxis = -1, bestBin = 0;
@@ -341,16 +389,16 @@ private:
             emptyBox(box);
             int32_t n = 0;
             for (int b = kBins - 1; b > 0; --b) {
-                growBox(box, bins[k][b].box);
-                n += bins[k][b].count;
+                growBox(box, bins.of[k][b].box);
+                n += bins.of[k][b].count;
                 rightArea[b] = halfArea(box);
                 rightCount[b] = n;
             }
             emptyBox(box);
             n = 0;
             for (int b = 1; b < kBins; ++b) {
-                growBox(box, bins[k][b - 1].box);
-                n += bins[k][b - 1].count;
+                growBox(box, bins.of[k][b - 1].box);
+                n += bins.of[k][b - 1].count;
                 if (n == 0 || rightCount[b] == 0) continue;
                 const double cost = n * halfArea(box) + rightCount[b] * rightArea[b];
                 if (cost < bestCost) {
