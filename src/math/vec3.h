@@ -34,6 +34,9 @@ namespace orv {
 
 using Vec3 = OrvVec3;
 
+// Equal component by component (so -0 equals 0 and a not-a-number equals nothing).
+inline bool sameVec(const Vec3& a, const Vec3& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
+
 // Scalar product.
 inline double dot(const Vec3& a, const Vec3& b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;

@@ -98,31 +98,10 @@ struct RayBoxes {
     }
 
     // The exact test: the slab parameters (plane - origin) * inv, the entry as the largest near
-    // parameter and the exit as the smallest far one, kept as (a > b ? a : b) and
-    // (a < b ? a : b) keep them, in double precision.
+    // parameter and the exit as the smallest far one, in double precision. Only rays out of the
+    // single-precision test's range take it, so it goes box by box.
     unsigned entersFourExact(const FourBoxes& node, double bound, double entry[4]) const {
         const float* planes = &node.box[0][0][0];
-#if ORV_SSE2
-        __m128d tminLo, tminHi, tmaxLo, tmaxHi, lo, hi;
-        slab(planes + nearPlane[0], nearOrigin[0], inv[0], tminLo, tminHi);
-        slab(planes + farPlane[0], farOrigin[0], inv[0], tmaxLo, tmaxHi);
-        for (int k = 1; k < 3; ++k) {
-            slab(planes + nearPlane[k], nearOrigin[k], inv[k], lo, hi);
-            tminLo = _mm_max_pd(lo, tminLo);
-            tminHi = _mm_max_pd(hi, tminHi);
-            slab(planes + farPlane[k], farOrigin[k], inv[k], lo, hi);
-            tmaxLo = _mm_min_pd(lo, tmaxLo);
-            tmaxHi = _mm_min_pd(hi, tmaxHi);
-        }
-        const __m128d b = _mm_set1_pd(bound), zero = _mm_setzero_pd();
-        const __m128d inLo = _mm_and_pd(_mm_cmple_pd(tminLo, tmaxLo),
-                                        _mm_and_pd(_mm_cmple_pd(zero, tmaxLo), _mm_cmple_pd(tminLo, b)));
-        const __m128d inHi = _mm_and_pd(_mm_cmple_pd(tminHi, tmaxHi),
-                                        _mm_and_pd(_mm_cmple_pd(zero, tmaxHi), _mm_cmple_pd(tminHi, b)));
-        _mm_storeu_pd(entry, tminLo);
-        _mm_storeu_pd(entry + 2, tminHi);
-        return static_cast<unsigned>(_mm_movemask_pd(inLo) | _mm_movemask_pd(inHi) << 2);
-#else
         unsigned in = 0;
         for (int c = 0; c < 4; ++c) {
             double tmin = (double{planes[nearPlane[0] + c]} - nearOrigin[0]) * inv[0];
@@ -137,7 +116,6 @@ struct RayBoxes {
             if (tmin <= tmax && 0.0 <= tmax && tmin <= bound) in |= 1u << c;
         }
         return in;
-#endif
     }
 
 #if ORV_SSE2
@@ -171,14 +149,6 @@ struct RayBoxes {
 
     ORV_BOX_TEST_INLINE static __m128 slab4(const float* plane, __m128 origin, __m128 inv) {
         return _mm_mul_ps(_mm_sub_ps(_mm_load_ps(plane), origin), inv);
-    }
-
-    // One axis's slab parameters for the four children, in double precision.
-    static void slab(const float* plane, double originOf, double invOf, __m128d& lo, __m128d& hi) {
-        const __m128d origin = _mm_set1_pd(originOf), inv = _mm_set1_pd(invOf);
-        const __m128 p = _mm_load_ps(plane);
-        lo = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(p), origin), inv);
-        hi = _mm_mul_pd(_mm_sub_pd(_mm_cvtps_pd(_mm_movehl_ps(p, p)), origin), inv);
     }
 
     __m128 inv4[3], nearOrigin4[3], farOrigin4[3];

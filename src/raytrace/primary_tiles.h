@@ -43,8 +43,6 @@ inline bool tileOf(const PrimaryTiles& tiles, int32_t x, int32_t y, const TileEn
     return true;
 }
 
-inline bool sameEye(const Vec3& a, const Vec3& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
-
 // Whether the entry's rectangle holds the pixel at (lx, ly) within its tile.
 inline bool entryHolds(const TileEntry& e, int32_t lx, int32_t ly) {
     return lx >= e.x0 && lx <= e.x1 && ly >= e.y0 && ly <= e.y1;

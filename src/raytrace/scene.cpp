@@ -5,14 +5,13 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
-#include <thread>
-#include <vector>
 
 #include "appearance/texture_mapping.h"
 #include "core/checked_alloc.h"
 #include "core/colour.h"
 #include "core/record_lifecycle.h"
 #include "core/records.h"
+#include "raytrace/build_threads.h"
 #include "raytrace/render_context.h"
 #include "raytrace/scene_accel.h"
 
@@ -24,8 +23,6 @@ constexpr double kFar = 1e99;
 constexpr int32_t kRectEmpty = 1000000000;
 
 Vec3 vecAt(const double* p) { return Vec3{p[0], p[1], p[2]}; }
-
-bool sameVec(const Vec3& a, const Vec3& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
 // Truncation to a pixel index, held inside +-1e9 so that a corner very close to the eye's
 // plane (or a zero zoom) cannot overflow the integer conversion.
@@ -231,17 +228,13 @@ void finishBody(Body& body, int threads = 1) {
     }
     partition(root);
     std::atomic<int> next{0};
-    auto work = [&] {
+    onThreads(count >= kParallelBody ? threads : 1, [&](int) {
         for (int i; (i = next.fetch_add(1)) < 8;) {
             if (!root.children[i]) continue;
             subdivide(*root.children[i]);
             refit(*root.children[i]);
         }
-    };
-    std::vector<std::thread> helpers;
-    for (int t = 1; t < threads && count >= kParallelBody; ++t) helpers.emplace_back(work);
-    work();
-    for (std::thread& helper : helpers) helper.join();
+    });
     refitNode(root);
     pack(root);
 }

@@ -8,11 +8,11 @@
 #include <cstring>
 #include <initializer_list>
 #include <limits>
-#include <thread>
 #include <vector>
 
 #include "core/checked_alloc.h"
 #include "raytrace/box_test.h"
+#include "raytrace/build_threads.h"
 #include "raytrace/primary_tiles.h"
 #include "raytrace/triangle_hit.h"
 
@@ -71,9 +71,6 @@ struct LatestPlaces {
 struct SeqRange {
     uint32_t minSeq, maxSeq;
 };
-
-// The binary hierarchy of the build keeps its child pairs at even indices (root 0, 1 unused).
-constexpr int32_t kFirstPair = 2;
 
 // Zero-filled and starting on a cache line; freed with freeArray.
 template <typename T>
@@ -222,7 +219,7 @@ public:
 
     // Builds over ids_[0, count) with up to `threads` threads; returns the node count.
     int32_t build(int32_t count, int threads) {
-        nodeCount_ = kFirstPair;
+        nodeCount_ = 1;  // the root
         // The top of the tree on this thread until there is a run for every thread to take.
         std::vector<Task> shared;
         Task stack[kStackDepth];
@@ -244,13 +241,9 @@ public:
         std::sort(shared.begin(), shared.end(),
                   [](const Task& a, const Task& b) { return a.end - a.begin > b.end - b.begin; });
         std::atomic<size_t> next{0};
-        auto work = [&] {
+        onThreads(shared.size() > 1 ? threads : 1, [&](int) {
             for (size_t i; (i = next.fetch_add(1)) < shared.size();) buildSubtree(shared[i]);
-        };
-        std::vector<std::thread> helpers;
-        for (int t = 1; t < threads && shared.size() > 1; ++t) helpers.emplace_back(work);
-        work();
-        for (std::thread& helper : helpers) helper.join();
+        });
         return nodeCount_;
     }
 
@@ -288,9 +281,10 @@ private:
         }
         const int32_t middle = begin + (end - begin) / 2;
         Result upper = result;
-        std::thread helper([&] { part(middle, end, upper); });
-        part(begin, middle, result);
-        helper.join();
+        onThreads(2, [&](int half) {
+            if (half == 0) part(begin, middle, result);
+            else part(middle, end, upper);
+        });
         merge(result, upper);
     }
 
@@ -321,10 +315,9 @@ private:
                 growBox(into.centres, from.centres);
             });
         std::memcpy(node.box, bounds.box, sizeof node.box);
-        const double (&centres)[2][3] = bounds.centres;
         const int32_t count = task.end - task.begin;
         const int32_t middle =
-            count <= kMaxLeaf ? task.begin : chooseSplit(task, node, centres, parallel);
+            count <= kMaxLeaf ? task.begin : chooseSplit(task, node, bounds.centres, parallel);
         if (middle == task.begin) {
             node.first = task.begin;
             node.count = count;
@@ -497,21 +490,15 @@ private:
 // to `threads` threads.
 void copyInLeafOrder(SceneAccel& accel, const TriangleSource* sources, const int32_t* ids,
                      int32_t count, int threads) {
-    auto copyRange = [&](int32_t begin, int32_t end) {
-        for (int32_t i = begin; i < end; ++i) {
+    const int parts = count >= (1 << 16) ? std::max(threads, 1) : 1;
+    onThreads(parts, [&](int part) {
+        const int32_t end = int32_t(int64_t(count) * (part + 1) / parts);
+        for (int32_t i = int32_t(int64_t(count) * part / parts); i < end; ++i) {
             const TriangleSource& source = sources[ids[i]];
             accel.sources[i] = source;
             accel.triangles[i] = hotCopy(*source.triangle, source.body->twoSided != 0, source.seq);
         }
-    };
-    std::vector<std::thread> helpers;
-    const int parts = count >= (1 << 16) ? std::max(threads, 1) : 1;
-    for (int t = 1; t < parts; ++t) {
-        helpers.emplace_back(copyRange, int32_t(int64_t(count) * t / parts),
-                             int32_t(int64_t(count) * (t + 1) / parts));
-    }
-    copyRange(0, int32_t(int64_t(count) / parts));
-    for (std::thread& helper : helpers) helper.join();
+    });
 }
 
 int32_t countTriangles(const OctreeNode& node) {
@@ -530,19 +517,16 @@ void roundOutwards(const double box[2][3], float lo[3], float hi[3]) {
 
 // The walk places under each binary node; children always come after their parent, so one
 // backward pass sees them first.
-std::vector<SeqRange> binaryRanges(const HotTriangle* triangles, int32_t triangleCount,
-                                   const BuildNode* built, int32_t count) {
-    std::vector<uint32_t> seq(triangleCount);  // compact, for the scattered reads below
-    for (int32_t i = 0; i < triangleCount; ++i) seq[i] = triangles[i].seq;
+std::vector<SeqRange> binaryRanges(const TriangleSource* sources, const BuildNode* built,
+                                   int32_t count) {
     std::vector<SeqRange> ranges(count, SeqRange{UINT32_MAX, 0});
     for (int32_t i = count - 1; i >= 0; --i) {
         const BuildNode& node = built[i];
-        if (i > 0 && i < kFirstPair) continue;
         SeqRange& range = ranges[i];
         if (node.count > 0) {
             for (int32_t k = node.first; k < node.first + node.count; ++k) {
-                range.minSeq = std::min(range.minSeq, seq[k]);
-                range.maxSeq = std::max(range.maxSeq, seq[k]);
+                range.minSeq = std::min(range.minSeq, sources[k].seq);
+                range.maxSeq = std::max(range.maxSeq, sources[k].seq);
             }
         } else {
             const SeqRange& l = ranges[node.first];
@@ -556,7 +540,7 @@ std::vector<SeqRange> binaryRanges(const HotTriangle* triangles, int32_t triangl
 // The final nodes: each takes the children of up to three binary nodes, opening the largest
 // box first.
 void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtCount) {
-    const std::vector<SeqRange> ranges = binaryRanges(accel.triangles, accel.triangleCount, built, builtCount);
+    const std::vector<SeqRange> ranges = binaryRanges(accel.sources, built, builtCount);
     // At most one node for each inner binary node, and the root.
     accel.nodes = allocArray<WideNode>(static_cast<size_t>(builtCount) / 2 + 1);
     accel.latest = allocArray<LatestPlaces>(static_cast<size_t>(builtCount) / 2 + 1);
@@ -589,9 +573,9 @@ void collapseHierarchy(SceneAccel& accel, const BuildNode* built, int32_t builtC
         }
         for (int c = 1; c < n; ++c) {  // by earliest walk place
             const int32_t kid = kids[c];
-            int at = c;
-            for (; at > 0 && ranges[kids[at - 1]].minSeq > ranges[kid].minSeq; --at) kids[at] = kids[at - 1];
-            kids[at] = kid;
+            int to = c;
+            for (; to > 0 && ranges[kids[to - 1]].minSeq > ranges[kid].minSeq; --to) kids[to] = kids[to - 1];
+            kids[to] = kid;
         }
         WideNode node{};
         for (int c = 0; c < 4; ++c) {
@@ -638,10 +622,7 @@ float nearestParameter(const double box[2][3], const Vec3& eye) {
         magnitude = std::max(magnitude, std::fabs(e[k]));
     }
     const double bound = std::sqrt(squared) * (1.0 - 1e-9) - 1e-9 * (1.0 + magnitude);
-    if (!(bound > 0.0)) return 0.0f;
-    float f = static_cast<float>(bound);
-    if (f > bound) f = std::nextafter(f, 0.0f);
-    return f;
+    return bound > 0.0 ? roundTowards(bound, false) : 0.0f;
 }
 
 // A one-sided triangle meets a ray from the eye only from its front: the plane test's
@@ -856,8 +837,7 @@ public:
         : accel_(accel), ray_(ray), boxes_(ray), reach_(accel, ray) {}
 
     bool next(double end, bool started, uint32_t after, Candidate& found) {
-        end_ = end;
-        endBound_ = RayBoxes::Bound(end);
+        end_ = RayBoxes::Bound(end);
         started_ = started;
         after_ = after;
         best_ = Candidate{};
@@ -875,7 +855,7 @@ public:
     static constexpr bool kSlotOrder = true;
     unsigned children(const WideNode& node, int32_t index, double firstPlace[4]) const {
         double entry[4];
-        unsigned in = boxes_.entersFour(node.boxes, endBound_, entry);
+        unsigned in = boxes_.entersFour(node.boxes, end_, entry);
         for (unsigned bits = in; bits != 0; bits &= bits - 1) {
             const int c = __builtin_ctz(bits);
             if (node.minSeq[c] >= best_.seq ||
@@ -894,7 +874,7 @@ private:
         if (started_ && tri.seq <= after_) return;
         if (tri.seq >= best_.seq) return;
         double t;
-        if (!hotTriangleHit(tri, ray_, end_, t)) return;
+        if (!hotTriangleHit(tri, ray_, end_.exact, t)) return;
         if (!source.body->material->castShadow) return;
         if (!reach_.reaches(source.octreeNode)) return;
         best_ = Candidate{t, tri.seq, &source};
@@ -904,8 +884,7 @@ private:
     const Ray& ray_;
     const RayBoxes boxes_;
     WalkReach reach_;
-    double end_ = 0.0;
-    RayBoxes::Bound endBound_{0.0};
+    RayBoxes::Bound end_{0.0};  // the segment's end
     bool started_ = false;
     uint32_t after_ = 0;
     Candidate best_;
@@ -964,7 +943,7 @@ void freeAccel(SceneAccel* accel) {
 
 void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit) {
     const TileEntry *first, *last;
-    const bool tiled = ray.kind == RayKind::Primary && sameEye(ray.origin, accel.tiles.eye) &&
+    const bool tiled = ray.kind == RayKind::Primary && sameVec(ray.origin, accel.tiles.eye) &&
                        tileOf(accel.tiles, ray.column, ray.row, first, last);
     const Candidate best = tiled ? searchTile(accel, ray, hit.t, first, last)
                                  : NearestSearch(accel, ray, hit.t).run();

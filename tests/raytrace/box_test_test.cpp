@@ -25,8 +25,8 @@ void setBox(FourBoxes& boxes, int c, const float lo[3], const float hi[3]) {
     }
 }
 
-// The slab test written out plainly, one box at a time: the definition that the four-box
-// exact test computes two lanes at a time.
+// The slab test written out plainly, one box at a time: the definition that the exact test
+// of four boxes must compute, NaN handling included.
 bool plainSlabTest(const RayBoxes& r, const FourBoxes& b, int c, double bound, double& entry) {
     const float* planes = &b.box[0][0][0];
     double tmin = (double{planes[r.nearPlane[0] + c]} - r.nearOrigin[0]) * r.inv[0];
