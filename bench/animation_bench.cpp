@@ -9,12 +9,14 @@
 // fan of 30 links from the chain's tenth body (10 driven through transmissions from chain
 // links, 5 more passed on from those, 15 by drives of their own), and 5 four-bar linkages whose
 // cranks drives turn. The host's callbacks are array lookups; their share of a step is timed
-// apart by replaying the calls that one step makes. The check composes every body's motion
-// here from its links' values, link by link, and compares it with the host's matrices; it
-// checks every transmission's driven offsets against its ratios and every loop's pin.
+// apart by replaying the calls that one step makes, with their arguments. The check composes
+// every body's motion here from its links' values, link by link, and compares it with the
+// host's matrices; it checks every transmission's driven offsets against its ratios and every
+// loop's pin.
 //
 // Prints the figures and exits nonzero when a check fails.
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -201,61 +203,68 @@ int check(const Scene& s) {
     return faults;
 }
 
-// ---- The host's share: the calls of one step, counted, then replayed ---------------------------
+// ---- The host's share: the calls of one step, recorded, then replayed ---------------------------
 
-uint64_t counts[15];
+// Per callback, the arguments of its calls in one step, in order; for SetMatrix also the
+// matrices written, so that the replay writes the same values again.
+struct Recorded {
+    std::vector<uint64_t> args[15];
+    std::vector<std::array<double, 16>> written;
+} recorded;
 
-void installCounting() {
+void installRecording() {
     const orv::HostCallbacks& c = SceneHost::callbacks;
     // clang-format off
     KinematicCallback(
-        [](uint64_t o) { return ++counts[0], SceneHost::callbacks.firstChild(o); },
-        [](uint64_t o) { return ++counts[1], SceneHost::callbacks.nextSibling(o); },
-        [](uint64_t o) { return ++counts[2], SceneHost::callbacks.parent(o); },
-        [](uint64_t o) { return ++counts[3], SceneHost::callbacks.firstLink(o); },
-        [](uint64_t i) { return ++counts[4], SceneHost::callbacks.nextLink(i); },
-        [](uint64_t i) { return ++counts[5], SceneHost::callbacks.linkRecord(i); },
-        [](uint64_t o) { return ++counts[6], SceneHost::callbacks.firstTrn(o); },
-        [](uint64_t i) { return ++counts[7], SceneHost::callbacks.nextTrn(i); },
-        [](uint64_t i) { return ++counts[8], SceneHost::callbacks.trnRecord(i); },
-        [](uint64_t o, char n[256]) { ++counts[9], SceneHost::callbacks.getObjectName(o, n); },
-        [](uint64_t o, double m[16]) { ++counts[10], SceneHost::callbacks.getMatrix(o, m); },
-        [](uint64_t o, const double m[16]) { ++counts[11], SceneHost::callbacks.setMatrix(o, m); },
+        [](uint64_t o) { return recorded.args[0].push_back(o), SceneHost::callbacks.firstChild(o); },
+        [](uint64_t o) { return recorded.args[1].push_back(o), SceneHost::callbacks.nextSibling(o); },
+        [](uint64_t o) { return recorded.args[2].push_back(o), SceneHost::callbacks.parent(o); },
+        [](uint64_t o) { return recorded.args[3].push_back(o), SceneHost::callbacks.firstLink(o); },
+        [](uint64_t i) { return recorded.args[4].push_back(i), SceneHost::callbacks.nextLink(i); },
+        [](uint64_t i) { return recorded.args[5].push_back(i), SceneHost::callbacks.linkRecord(i); },
+        [](uint64_t o) { return recorded.args[6].push_back(o), SceneHost::callbacks.firstTrn(o); },
+        [](uint64_t i) { return recorded.args[7].push_back(i), SceneHost::callbacks.nextTrn(i); },
+        [](uint64_t i) { return recorded.args[8].push_back(i), SceneHost::callbacks.trnRecord(i); },
+        [](uint64_t o, char n[256]) {
+            recorded.args[9].push_back(o), SceneHost::callbacks.getObjectName(o, n);
+        },
+        [](uint64_t o, double m[16]) {
+            recorded.args[10].push_back(o), SceneHost::callbacks.getMatrix(o, m);
+        },
+        [](uint64_t o, const double m[16]) {
+            recorded.args[11].push_back(o);
+            recorded.written.emplace_back();
+            std::memcpy(recorded.written.back().data(), m, sizeof(double) * 16);
+            SceneHost::callbacks.setMatrix(o, m);
+        },
         c.checkCollision,
-        [] { ++counts[13], SceneHost::callbacks.beginUpdate(); },
-        [] { ++counts[14], SceneHost::callbacks.endUpdate(); });
+        [] { recorded.args[13].push_back(0), SceneHost::callbacks.beginUpdate(); },
+        [] { recorded.args[14].push_back(0), SceneHost::callbacks.endUpdate(); });
     // clang-format on
 }
 
-// The same number of calls of each callback as one step, on valid arguments in turn.
-double replay(const Scene& s) {
+// The recorded calls again, each callback's in their order, with the same arguments.
+double replay() {
     const orv::HostCallbacks& c = SceneHost::callbacks;
-    const uint64_t objects = s.h.objects.size() - 1, links = s.h.links.size(),
-                   listings = s.h.listings.size();
+    const std::vector<uint64_t>* a = recorded.args;
     uint64_t sink = 0;
     double m[16];
     char name[256];
     const auto start = std::chrono::steady_clock::now();
-    for (uint64_t i = 0; i < counts[0]; ++i) sink += c.firstChild(1 + i % objects);
-    for (uint64_t i = 0; i < counts[1]; ++i) sink += c.nextSibling(1 + i % objects);
-    for (uint64_t i = 0; i < counts[2]; ++i) sink += c.parent(1 + i % objects);
-    for (uint64_t i = 0; i < counts[3]; ++i) sink += c.firstLink(1 + i % objects);
-    for (uint64_t i = 0; i < counts[4]; ++i) sink += c.nextLink(SceneHost::kLinkItem + i % links);
-    for (uint64_t i = 0; i < counts[5]; ++i)
-        sink += c.linkRecord(SceneHost::kLinkItem + i % links)->lin;
-    for (uint64_t i = 0; i < counts[6]; ++i) sink += c.firstTrn(SceneHost::kLinkObject + i % links);
-    for (uint64_t i = 0; i < counts[7]; ++i) sink += c.nextTrn(SceneHost::kTrnItem + i % listings);
-    for (uint64_t i = 0; i < counts[8]; ++i)
-        sink += c.trnRecord(SceneHost::kTrnItem + i % listings)->active;
-    for (uint64_t i = 0; i < counts[9]; ++i)
-        c.getObjectName(1 + i % objects, name), sink += name[0];
-    for (uint64_t i = 0; i < std::max(counts[10], counts[11]); ++i) {
-        // Each matrix is written back as it was read.
-        if (i < counts[10]) c.getMatrix(1 + i % objects, m);
-        if (i < counts[11]) c.setMatrix(1 + i % objects, m);
-    }
-    for (uint64_t i = 0; i < counts[13]; ++i) c.beginUpdate();
-    for (uint64_t i = 0; i < counts[14]; ++i) c.endUpdate();
+    for (uint64_t o : a[0]) sink += c.firstChild(o);
+    for (uint64_t o : a[1]) sink += c.nextSibling(o);
+    for (uint64_t o : a[2]) sink += c.parent(o);
+    for (uint64_t o : a[3]) sink += c.firstLink(o);
+    for (uint64_t i : a[4]) sink += c.nextLink(i);
+    for (uint64_t i : a[5]) sink += c.linkRecord(i)->lin;
+    for (uint64_t o : a[6]) sink += c.firstTrn(o);
+    for (uint64_t i : a[7]) sink += c.nextTrn(i);
+    for (uint64_t i : a[8]) sink += c.trnRecord(i)->active;
+    for (uint64_t o : a[9]) c.getObjectName(o, name), sink += name[0];
+    for (uint64_t o : a[10]) c.getMatrix(o, m), sink += uint64_t(m[0]);
+    for (size_t i = 0; i < a[11].size(); ++i) c.setMatrix(a[11][i], recorded.written[i].data());
+    for (size_t i = 0; i < a[13].size(); ++i) c.beginUpdate();
+    for (size_t i = 0; i < a[14].size(); ++i) c.endUpdate();
     const double ms =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     return sink == 42 ? ms + 0 : ms;  // keeps the calls
@@ -293,12 +302,12 @@ int main(int argc, char** argv) {
         if (quick || step % 50 == 0) faults += check(s);
     }
 
-    installCounting();
+    installRecording();
     Animation(steps / 24.0, 0);
     uint64_t calls = 0;
-    for (uint64_t n : counts) calls += n;
+    for (const std::vector<uint64_t>& args : recorded.args) calls += args.size();
     std::vector<double> hostTimes;
-    for (int run = 0; run < (quick ? 3 : 21); ++run) hostTimes.push_back(replay(s));
+    for (int run = 0; run < (quick ? 3 : 21); ++run) hostTimes.push_back(replay());
 
     const double step = median(times), host = median(hostTimes);
     std::printf("Animation per step, median of %d: %.3f ms (fastest %.3f ms)\n", steps, step,
