@@ -81,4 +81,21 @@ void ValueSet::grow() {
     }
 }
 
+void FirstMeetings::startWalk() {
+    previous_.swap(met_);
+    met_.clear();
+    checked_ = false;
+}
+
+bool FirstMeetings::firstChecked(uint64_t value) {
+    if (!checked_) {  // the first difference from the previous walk
+        seen_.clear();
+        for (uint64_t v : met_) seen_.insert(v);
+        checked_ = true;
+    }
+    if (!seen_.insert(value)) return false;
+    met_.push_back(value);
+    return true;
+}
+
 }  // namespace orv

@@ -52,4 +52,31 @@ private:
     size_t count_ = 0;
 };
 
+// Which nonzero values a walk meets for the first time, for walks that mostly repeat the walk
+// before them: while a walk meets the same values in the same order as the previous one, each
+// is new (that walk's values were distinct) and no set is needed; at the first difference the
+// values met so far go into a ValueSet, which decides from there on.
+class FirstMeetings {
+public:
+    // Begins a walk; the walk before it becomes the one to compare with.
+    void startWalk();
+    // Whether the walk meets value for the first time.
+    bool first(uint64_t value) {
+        // The same values so far as the previous walk, whose values were distinct.
+        const size_t i = met_.size();
+        if (!checked_ && i < previous_.size() && previous_[i] == value) {
+            met_.push_back(value);
+            return true;
+        }
+        return firstChecked(value);
+    }
+
+private:
+    bool firstChecked(uint64_t value);
+
+    CheckedVector<uint64_t> previous_, met_;  // the values each walk met first, in order
+    bool checked_ = false;                    // seen_ decides for the rest of this walk
+    ValueSet seen_;
+};
+
 }  // namespace orv

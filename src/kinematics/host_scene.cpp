@@ -4,10 +4,10 @@ namespace orv {
 
 namespace {
 
-void collectLinks(const HostCallbacks& host, uint64_t object, ValueSet& seenItems,
+void collectLinks(const HostCallbacks& host, uint64_t object, FirstMeetings& seenItems,
                   HostScene& scene) {
     if (!host.firstLink || !host.nextLink || !host.linkRecord) return;
-    for (uint64_t item = host.firstLink(object); item && seenItems.insert(item);
+    for (uint64_t item = host.firstLink(object); item && seenItems.first(item);
          item = host.nextLink(item)) {
         if (Lnk* record = host.linkRecord(item)) scene.links.push_back({record, 0, 0, false});
     }
@@ -18,17 +18,17 @@ void collectLinks(const HostCallbacks& host, uint64_t object, ValueSet& seenItem
 void walkHostScene(const HostCallbacks& host, bool withLinkEnds, HostScene& scene) {
     scene.objects.clear();
     scene.links.clear();
-    scene.seenObjects.clear();
-    scene.seenItems.clear();
+    scene.seenObjects.startWalk();
+    scene.seenItems.startWalk();
     scene.open.clear();
     if (!host.firstChild || !host.nextSibling) return;
 
-    ValueSet& seenObjects = scene.seenObjects;
-    ValueSet& seenItems = scene.seenItems;
+    FirstMeetings& seenObjects = scene.seenObjects;
+    FirstMeetings& seenItems = scene.seenItems;
     CheckedVector<uint64_t>& open = scene.open;
     uint64_t object = host.firstChild(0);
     for (;;) {
-        if (object && seenObjects.insert(object)) {
+        if (object && seenObjects.first(object)) {
             scene.objects.push_back(object);
             collectLinks(host, object, seenItems, scene);
             open.push_back(object);

@@ -25,7 +25,7 @@ struct HostScene {
 
     // The walk's own bookkeeping, kept with the scene: walking into the same scene again
     // reuses its memory.
-    ValueSet seenObjects, seenItems;
+    FirstMeetings seenObjects, seenItems;
     CheckedVector<uint64_t> open;  // objects whose next sibling is due after their children
 };
 
