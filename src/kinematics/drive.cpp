@@ -27,7 +27,9 @@ void evaluateDrive(const OrvDrive& drive, double t, double& offset) {
     if (!drive.on) return;
     const int count = std::clamp(drive.count, 0, 256);
     if (count == 0) return;  // no time to run through: nothing is written
-    double a = std::exp(-t * drive.damping);
+    // exp(0) is 1 exactly; most drives are undamped.
+    const double decay = -t * drive.damping;
+    double a = decay == 0.0 ? 1.0 : std::exp(decay);
     // The stretch takes the damping factor before the sign of an inverse drive.
     if (drive.stretch) t = t / std::sqrt(a);
     if (drive.inverse) a = -a;
