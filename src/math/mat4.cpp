@@ -12,6 +12,12 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
+// On x86-64 the product also has a four-column form for processors with AVX, chosen when the
+// library loads.
+#if defined(__GNUC__) && defined(__x86_64__)
+#define ORV_MAT4_AVX 1
+#include <immintrin.h>
+#endif
 
 namespace orv {
 
@@ -32,6 +38,31 @@ double minorOfColumns123(const double* m, int ra, int rb, int rc) {
     return a * e * i + b * f * g + c * d * h - c * e * g - b * d * i - a * f * h;
 }
 
+#if defined(ORV_MAT4_AVX)
+// preMultiply four columns at a time: the same products, added in the same order (AVX has no
+// fused multiply-add, so nothing is contracted).
+__attribute__((target("avx"))) void preMultiplyAvx(Mat4& m, const Mat4& b) {
+    const __m256d a0 = _mm256_loadu_pd(m.m), a1 = _mm256_loadu_pd(m.m + 4);
+    const __m256d a2 = _mm256_loadu_pd(m.m + 8), a3 = _mm256_loadu_pd(m.m + 12);
+    for (int j = 0; j < 4; ++j) {
+        const double* bj = &b.m[4 * j];
+        const __m256d r = _mm256_add_pd(
+            _mm256_add_pd(_mm256_add_pd(_mm256_mul_pd(_mm256_broadcast_sd(bj), a0),
+                                        _mm256_mul_pd(_mm256_broadcast_sd(bj + 1), a1)),
+                          _mm256_mul_pd(_mm256_broadcast_sd(bj + 2), a2)),
+            _mm256_mul_pd(_mm256_broadcast_sd(bj + 3), a3));
+        _mm256_storeu_pd(m.m + 4 * j, r);  // after row j of b is read: m and b may be the same
+    }
+}
+
+bool processorHasAvx() {
+    __builtin_cpu_init();  // this runs before main, where the processor model is not yet read
+    return __builtin_cpu_supports("avx");
+}
+
+const bool kHasAvx = processorHasAvx();
+#endif
+
 }  // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -43,6 +74,12 @@ void identity(Mat4& m) {
 }
 
 void preMultiply(Mat4& m, const Mat4& b) {
+#if defined(ORV_MAT4_AVX)
+    if (kHasAvx) {
+        preMultiplyAvx(m, b);
+        return;
+    }
+#endif
 #if defined(__SSE2__)
     // Two columns at a time, m held in registers. Each entry is the same sum of the same
     // products as below, added in the same order, so the result is the same to the last bit.

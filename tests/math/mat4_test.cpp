@@ -138,6 +138,25 @@ TEST(Mat4Test, PreMultiplyMatchesSeparateProductEvenWhenAliased) {
     EXPECT_EQ(0, std::memcmp(&wantMM, &m, sizeof m));
 }
 
+TEST(Mat4Test, PreMultiplyRoundsAsTheSumInOrder) {
+    // Entries of mixed magnitudes and signs, so that adding the four products in another order
+    // (or fusing a multiply and an add) changes low bits.
+    uint64_t state = 12345;
+    auto next = [&state] {
+        state = state * 6364136223846793005u + 1442695040888963407u;
+        const double unit = double(state >> 11) / double(1ull << 53);
+        return (unit - 0.5) * std::ldexp(1.0, int(state % 41) - 20);
+    };
+    for (int trial = 0; trial < 1000; ++trial) {
+        Mat4 b, m;
+        for (double& v : b.m) v = next();
+        for (double& v : m.m) v = next();
+        const Mat4 want = product(b, m);
+        orv::preMultiply(m, b);
+        ASSERT_EQ(0, std::memcmp(&want, &m, sizeof m)) << "trial " << trial;
+    }
+}
+
 TEST(Mat4Test, InvertGivesInverse) {
     Mat4 placed = kIdentity;
     orv::place(placed, {4, -5, 6}, {2, 0.5, 3}, {30, -45, 60});
