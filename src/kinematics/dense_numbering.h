@@ -60,6 +60,8 @@ class FirstMeetings {
 public:
     // Begins a walk; the walk before it becomes the one to compare with.
     void startWalk();
+    // The values this walk has met for the first time, in order.
+    const CheckedVector<uint64_t>& met() const { return met_; }
     // Whether the walk meets value for the first time.
     bool first(uint64_t value) {
         // The same values so far as the previous walk, whose values were distinct.

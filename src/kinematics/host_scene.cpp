@@ -16,7 +16,6 @@ void collectLinks(const HostCallbacks& host, uint64_t object, FirstMeetings& see
 }  // namespace
 
 void walkHostScene(const HostCallbacks& host, bool withLinkEnds, HostScene& scene) {
-    scene.objects.clear();
     scene.links.clear();
     scene.seenObjects.startWalk();
     scene.seenItems.startWalk();
@@ -29,7 +28,6 @@ void walkHostScene(const HostCallbacks& host, bool withLinkEnds, HostScene& scen
     uint64_t object = host.firstChild(0);
     for (;;) {
         if (object && seenObjects.first(object)) {
-            scene.objects.push_back(object);
             collectLinks(host, object, seenItems, scene);
             open.push_back(object);
             object = host.firstChild(object);

@@ -20,8 +20,9 @@ struct SceneLink {
 };
 
 struct HostScene {
-    CheckedVector<uint64_t> objects;  // each object before its children, siblings in order
-    CheckedVector<SceneLink> links;   // the objects' link items, in the same order
+    CheckedVector<SceneLink> links;  // the objects' link items, in the walk's order of objects
+    // Each object before its children, siblings in order: the objects the walk met first.
+    const CheckedVector<uint64_t>& objects() const { return seenObjects.met(); }
 
     // The walk's own bookkeeping, kept with the scene: walking into the same scene again
     // reuses its memory.

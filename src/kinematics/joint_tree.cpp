@@ -53,8 +53,8 @@ namespace {
 // ---- Body numbers: every body the scene names, objects first, then link ends ---------------
 
 DenseNumbering numberBodies(const HostScene& scene) {
-    DenseNumbering bodies(scene.objects.size() + scene.links.size());
-    for (uint64_t object : scene.objects) bodies.insert(object);
+    DenseNumbering bodies(scene.objects().size() + scene.links.size());
+    for (uint64_t object : scene.objects()) bodies.insert(object);
     for (const SceneLink& link : scene.links) {
         bodies.insert(link.source);
         bodies.insert(link.target);
@@ -170,10 +170,10 @@ void JointTree::build(const HostCallbacks& host) {
     // move nothing stay off the list. Object i has body number i.
     CheckedVector<bool> isTarget(bodies.size(), false);
     for (const OutgoingLinks::Entry& link : outgoing.order) isTarget[link.target] = true;
-    for (size_t object = 0; object < scene.objects.size(); ++object) {
+    for (size_t object = 0; object < scene.objects().size(); ++object) {
         if (isTarget[object] || outgoing.begin[object] == outgoing.begin[object + 1]) continue;
         TreeNode* node = make<TreeNode>();
-        node->body = scene.objects[object];
+        node->body = scene.objects()[object];
         buildSubtree(node, object);
         FixedCell* cell = make<FixedCell>();
         cell->node = node;
