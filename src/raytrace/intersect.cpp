@@ -20,7 +20,15 @@ bool traceShadow(const Scene& scene, const Ray& ray, Hit& hit) {
     return scene.accel && accelTraceShadow(*scene.accel, ray, hit);
 }
 
-const Intersector kSceneIntersector{findNearest, traceShadow};
+bool findAnyBlocker(const Scene& scene, const Ray& ray, Hit& hit, int32_t& hint,
+                    bool& unreached) {
+    hit.body = nullptr;
+    hit.triangle = nullptr;
+    unreached = false;
+    return scene.accel && accelFindAnyBlocker(*scene.accel, ray, hit, hint, unreached);
+}
+
+const Intersector kSceneIntersector{findNearest, traceShadow, findAnyBlocker};
 
 bool cachedTriangleBlocks(const Body& body, const Triangle& tri, const Ray& ray,
                           double segmentEnd) {

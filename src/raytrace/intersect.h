@@ -40,13 +40,24 @@ bool findNearest(const Scene& scene, const Ray& ray, Hit& hit);
 // (visibility below 1e-6); hit.body and hit.triangle then name the blocker.
 bool traceShadow(const Scene& scene, const Ray& ray, Hit& hit);
 
-// The two searches as a pair, so that a render context can be given another implementation
-// with the same results (the literal octree walk, for comparison).
+// Kind 3 in a scene whose occluders all block completely (scene.everyOccluderBlocks): true
+// when some occluder meets the segment before hit.t where the walk reaches it; hit names that
+// one, which need not be the walk's first. `hint` (-1 for none) is the search's own number of
+// a triangle to try first, and is set to the one found. When nothing is found, `unreached`
+// tells whether an occluder's triangle accepted the segment where the walk does not reach it.
+bool findAnyBlocker(const Scene& scene, const Ray& ray, Hit& hit, int32_t& hint,
+                    bool& unreached);
+
+// The searches as a set, so that a render context can be given another implementation with the
+// same results (the literal octree walk, for comparison). findAnyBlocker may be null: shadows
+// are then always searched in walk order.
 struct Intersector {
     bool (*findNearest)(const Scene& scene, const Ray& ray, Hit& hit);
     bool (*traceShadow)(const Scene& scene, const Ray& ray, Hit& hit);
+    bool (*findAnyBlocker)(const Scene& scene, const Ray& ray, Hit& hit, int32_t& hint,
+                           bool& unreached);
 };
-extern const Intersector kSceneIntersector;  // findNearest and traceShadow above
+extern const Intersector kSceneIntersector;  // the three searches above
 // The shadow cache's test: does this one triangle alone block the segment [1e-6, segmentEnd)?
 bool cachedTriangleBlocks(const Body& body, const Triangle& tri, const Ray& ray,
                           double segmentEnd);

@@ -8,8 +8,14 @@ namespace orv {
 
 namespace {
 
-double max4(double a, double b, double c, double d) {
-    return std::fmax(std::fmax(a, b), std::fmax(c, d));
+// The largest of the three and 1; a not-a-number is passed over, as fmax passes it over. Never
+// below 1, so the sign of a zero cannot matter.
+double maxWithOne(double a, double b, double c) {
+    double m = 1.0;
+    if (a > m) m = a;
+    if (b > m) m = b;
+    if (c > m) m = c;
+    return m;
 }
 
 // Truncated byte; out-of-range and NaN channels are held to 0..255.
@@ -50,9 +56,9 @@ Hsv toHsv(uint32_t pixel) {
 }  // namespace
 
 uint32_t packPixel(const Vec3& colour) {
-    const double r = colour.x / max4(colour.x, colour.y, colour.z, 1.0);
-    const double g = colour.y / max4(r, colour.y, colour.z, 1.0);
-    const double b = colour.z / max4(r, g, colour.z, 1.0);
+    const double r = colour.x / maxWithOne(colour.x, colour.y, colour.z);
+    const double g = colour.y / maxWithOne(r, colour.y, colour.z);
+    const double b = colour.z / maxWithOne(r, g, colour.z);
     return toByte(r) | toByte(g) << 8 | toByte(b) << 16;
 }
 

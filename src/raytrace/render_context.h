@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "math/mat4.h"
 #include "math/vec3.h"
@@ -15,10 +16,21 @@ namespace orv {
 
 constexpr int kShadowCacheSize = 100;
 
+// A shadow segment that a light's cache entry has not yet been brought up to date with.
+struct PendingShadow {
+    Ray ray;
+    double segmentEnd;
+};
+
 // The triangle that last blocked a light completely, tried first for the next shadow ray.
+// In a scene whose occluders all block, a blocked segment is known from any occluder, and the
+// walk's first one, which the entry must then hold, is looked up only when it can matter: until
+// then the segments wait in `pending`, in order (raytrace/shadow_cache.h).
 struct ShadowCacheEntry {
     const Body* body = nullptr;
     const Triangle* triangle = nullptr;
+    std::vector<PendingShadow> pending;
+    int32_t hint = -1;  // the search's number of the occluder that it found last
 };
 
 // What the host passes to set up the camera (world coordinates, degrees).

@@ -14,6 +14,7 @@
 #include "raytrace/build_threads.h"
 #include "raytrace/render_context.h"
 #include "raytrace/scene_accel.h"
+#include "raytrace/triangle_hit.h"
 
 namespace orv {
 
@@ -344,11 +345,17 @@ void finishScene(RenderContext& ctx, int threads) {
                                                ctx.width - 1 - ctx.centreX,
                                                ctx.height - 1 - ctx.centreY}};
     scene.accel = buildAccel(scene, threads, &view);
+    scene.everyOccluderBlocks = true;
+    for (const Body* body = scene.bodies; body; body = body->next) {
+        const Mat& m = *body->material;
+        if (m.castShadow && !(1.0 - m.opacity < kHitEps)) scene.everyOccluderBlocks = false;
+    }
 }
 
 void freeScene(Scene& scene) {
     freeAccel(scene.accel);
     scene.accel = nullptr;
+    scene.everyOccluderBlocks = false;
     while (Body* body = scene.bodies) {
         scene.bodies = body->next;
         freeNode(body->root);

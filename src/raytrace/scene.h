@@ -60,6 +60,9 @@ struct Scene {
     Body* bodies = nullptr;   // newest first
     Body* current = nullptr;  // the body still collecting triangles
     SceneAccel* accel = nullptr;  // the search structure, made by finishScene
+    // Every body that casts shadows blocks light completely (1 - opacity below 1e-6), as the
+    // materials stood when finishScene ran: any occluder then ends a shadow segment.
+    bool everyOccluderBlocks = false;
 };
 
 // One call of the host's geometry callback: its out-arguments.

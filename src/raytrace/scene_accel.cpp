@@ -730,17 +730,25 @@ void walkHierarchy(const SceneAccel& accel, Search& search) {
         unsigned in = search.children(node, current, keys);
         // The children in the order to take them; all but the first wait on the stack.
         int order[4], n = 0;
-        for (; in != 0; in &= in - 1) {
-            const int c = __builtin_ctz(in);
-            int at = n++;
-            if (!Search::kSlotOrder) {
-                for (; at > 0 && keys[order[at - 1]] > keys[c]; --at) order[at] = order[at - 1];
+        if (Search::kSlotOrder) {
+            n = in != 0;
+            if (n) order[0] = __builtin_ctz(in);
+            for (unsigned rest = in & (in - 1); rest != 0;) {
+                const int c = 31 - __builtin_clz(rest);
+                rest &= ~(1u << c);
+                stack[top++] = Pending{keys[c], node.child[c]};
             }
-            order[at] = c;
-        }
-        for (int k = n - 1; k > 0; --k) {
-            const int c = order[k];
-            stack[top++] = Pending{keys[c], node.child[c]};
+        } else {
+            for (; in != 0; in &= in - 1) {
+                const int c = __builtin_ctz(in);
+                int at = n++;
+                for (; at > 0 && keys[order[at - 1]] > keys[c]; --at) order[at] = order[at - 1];
+                order[at] = c;
+            }
+            for (int k = n - 1; k > 0; --k) {
+                const int c = order[k];
+                stack[top++] = Pending{keys[c], node.child[c]};
+            }
         }
         if (n > 0) {
             const int32_t child = node.child[order[0]];
@@ -890,6 +898,72 @@ private:
     Candidate best_;
 };
 
+// Any occluder before the segment's end where the walk reaches it, for scenes in which every
+// occluder blocks completely. The hint, the triangle that answered last time, is tried first.
+// When nothing is found the search has tried every triangle that could accept the segment, and
+// tells whether one did where the walk does not reach it.
+class BlockerSearch {
+public:
+    BlockerSearch(const SceneAccel& accel, const Ray& ray, double end)
+        : accel_(accel), ray_(ray), boxes_(ray), reach_(accel, ray), end_(end) {}
+
+    bool run(int32_t& hint, bool& unreached) {
+        if (hint >= 0 && hint < accel_.triangleCount + accel_.unboundedCount) {
+            const int32_t i = hint;
+            const bool bounded = i < accel_.triangleCount;
+            test(bounded ? accel_.triangles[i] : accel_.unbounded[i - accel_.triangleCount],
+                 bounded ? accel_.sources[i] : accel_.unboundedSources[i - accel_.triangleCount],
+                 i);
+            if (found_.source) {
+                hint = i;
+                unreached = false;
+                return true;
+            }
+        }
+        for (int32_t i = 0; i < accel_.unboundedCount && !found_.source; ++i) {
+            test(accel_.unbounded[i], accel_.unboundedSources[i], accel_.triangleCount + i);
+        }
+        if (!found_.source) walkHierarchy(accel_, *this);
+        if (found_.source) hint = foundIndex_;
+        unreached = unreached_;
+        return found_.source != nullptr;
+    }
+    const Candidate& found() const { return found_; }
+
+    // Children in walk order, as they are stored: no sorting, and the octrees' upper levels,
+    // whose triangles are the larger, come first.
+    static constexpr bool kSlotOrder = true;
+    unsigned children(const WideNode& node, int32_t, double entry[4]) const {
+        return found_.source ? 0u : boxes_.entersFour(node.boxes, end_, entry);
+    }
+    bool stillMatters(double) const { return !found_.source; }
+    void visit(int32_t i) {
+        if (!found_.source) test(accel_.triangles[i], accel_.sources[i], i);
+    }
+
+private:
+    void test(const HotTriangle& tri, const TriangleSource& source, int32_t index) {
+        double t;
+        if (!hotTriangleHit(tri, ray_, end_.exact, t)) return;
+        if (!source.body->material->castShadow) return;
+        if (!reach_.reaches(source.octreeNode)) {
+            unreached_ = true;
+            return;
+        }
+        found_ = Candidate{t, tri.seq, &source};
+        foundIndex_ = index;
+    }
+
+    const SceneAccel& accel_;
+    const Ray& ray_;
+    const RayBoxes boxes_;
+    WalkReach reach_;
+    const RayBoxes::Bound end_;
+    bool unreached_ = false;
+    Candidate found_;
+    int32_t foundIndex_ = -1;
+};
+
 }  // namespace
 
 SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view) {
@@ -973,6 +1047,19 @@ bool accelTraceShadow(const SceneAccel& accel, const Ray& ray, Hit& hit) {
         after = found.seq;
     }
     return false;
+}
+
+bool accelFindAnyBlocker(const SceneAccel& accel, const Ray& ray, Hit& hit, int32_t& hint,
+                         bool& unreached) {
+    BlockerSearch search(accel, ray, hit.t);
+    if (!search.run(hint, unreached)) return false;
+    const Candidate& found = search.found();
+    const Body& body = *found.source->body;
+    hit.t = found.t;
+    hit.body = &body;
+    hit.triangle = found.source->triangle;
+    hit.visibility *= 1.0 - body.material->opacity;
+    return true;
 }
 
 int32_t accelTriangleCount(const SceneAccel& accel) { return accel.triangleCount; }

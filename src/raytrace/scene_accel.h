@@ -33,6 +33,13 @@ void freeAccel(SceneAccel* accel);
 void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit);
 // Kind 3; true when the segment is blocked.
 bool accelTraceShadow(const SceneAccel& accel, const Ray& ray, Hit& hit);
+// Kind 3 for scenes in which every occluder blocks completely: true when some occluder meets
+// the segment where the walk reaches it (hit names it, not necessarily the walk's first). The
+// hint (-1 for none) is the index of the triangle to try first; it is set to the one found.
+// Without a find, `unreached` tells whether a triangle that casts shadows accepted the segment
+// where the walk does not reach it.
+bool accelFindAnyBlocker(const SceneAccel& accel, const Ray& ray, Hit& hit, int32_t& hint,
+                         bool& unreached);
 
 // For measurements: the number of triangles in the hierarchy and of those tested every time
 // (the few whose placement cannot be bounded).

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "appearance/texture_mapping.h"
+#include "raytrace/shadow_cache.h"
 
 namespace orv {
 
@@ -66,22 +67,8 @@ void lightContribution(RenderContext& ctx, const Surface& s, Vec3 lc, bool casts
     const Env& env = *ctx.env;
     double visibility = 1.0;
     if (!ctx.quick && mat.receiveShadow && castsShadow) {
-        const Ray ray{s.x, geo.L, RayKind::Shadow};
-        const double segmentEnd = geo.d - kEps;
-        ShadowCacheEntry* cache = k < kShadowCacheSize ? &ctx.shadowCache[k] : nullptr;
-        if (cache && cache->triangle &&
-            cachedTriangleBlocks(*cache->body, *cache->triangle, ray, segmentEnd)) {
-            return;
-        }
-        Hit hit;
-        hit.t = segmentEnd;
-        ctx.intersector->traceShadow(ctx.scene, ray, hit);
-        visibility = hit.visibility;
-        if (visibility < kEps) {
-            if (cache) *cache = ShadowCacheEntry{hit.body, hit.triangle};
-            return;
-        }
-        if (cache) *cache = ShadowCacheEntry{};
+        visibility = shadowVisibility(ctx, k, Ray{s.x, geo.L, RayKind::Shadow}, geo.d - kEps);
+        if (visibility < kEps) return;
     }
     lc = lc * ctx.lightGain;
 

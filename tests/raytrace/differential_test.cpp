@@ -13,6 +13,7 @@
 #include "core/records.h"
 #include "raytrace/render_context.h"
 #include "raytrace/scene.h"
+#include "raytrace/shadow_cache.h"
 #include "raytrace/trace_row.h"
 #include "reference_intersect.h"
 
@@ -51,7 +52,9 @@ struct Corners {
 // One random scene in a render context, with the materials it uses.
 class RandomScene {
 public:
-    RandomScene(uint64_t seed, int width, int height) : rng_(seed) {
+    // With everyOccluderBlocks, every material blocks light completely.
+    RandomScene(uint64_t seed, int width, int height, bool everyOccluderBlocks = false)
+        : rng_(seed), everyOccluderBlocks_(everyOccluderBlocks) {
         orv::setBuiltInDefaults(env_);
         env_.standardLights = rng_.chance(0.5) ? 0x81u : 0u;
         ctx_.env = &env_;
@@ -72,10 +75,10 @@ public:
 
 private:
     void makeMaterials() {
-        const double opacities[] = {1.0, 1.0, 0.5, 0.25, 0.9999995};
+        const double opacities[] = {1.0, 0.9999995, 1.0, 0.5, 0.25};
         for (Mat& m : mats_) {
             orv::setBuiltInDefaults(m);
-            m.opacity = opacities[rng_.below(5)];
+            m.opacity = opacities[rng_.below(everyOccluderBlocks_ ? 2 : 5)];
             m.castShadow = rng_.chance(0.85) ? 1u : 0u;
             m.receiveShadow = rng_.chance(0.9) ? 1u : 0u;
             m.reflection = rng_.chance(0.3) ? 0.6 : 0.0;
@@ -157,6 +160,7 @@ private:
 
     static constexpr int kMaterials = 5;
     Random rng_;
+    bool everyOccluderBlocks_;
     Env env_;
     Mat mats_[kMaterials];
     Lgt lightStore_[3];
@@ -183,6 +187,17 @@ Vec3 pointOnTriangle(Random& rng, const Corners& c) {
             const double u = rng.uniform(), v = rng.uniform() * (1 - u);
             return c.p[0] + u * (c.p[1] - c.p[0]) + v * (c.p[2] - c.p[0]);
         }
+    }
+}
+
+// A point beside a random edge of the triangle, outside it by less than the test's tolerance.
+Vec3 besideAnEdge(Random& rng, const Corners& c) {
+    const double along = rng.uniform(), out = rng.range(0, 1e-6);
+    switch (rng.below(3)) {
+        case 0: return c.p[0] - out * (c.p[1] - c.p[0]) + along * (c.p[2] - c.p[0]);
+        case 1: return c.p[0] + along * (c.p[1] - c.p[0]) - out * (c.p[2] - c.p[0]);
+        default:
+            return c.p[0] + (along + out) * (c.p[1] - c.p[0]) + (1 - along) * (c.p[2] - c.p[0]);
     }
 }
 
@@ -305,6 +320,67 @@ TEST(DifferentialTest, ImagesMatchTheOctreeWalkByteForByte) {
         for (uint32_t p : want) differentPixels += p != want[0];
     }
     EXPECT_GT(differentPixels, kScenes * 16 * 12 / 8);  // not a blank background
+}
+
+// Shadow segments one after another through the lights' cache entries, in scenes whose
+// occluders all block: the search that takes any occluder and brings an entry up to date only
+// when it matters, against the walk with its entries always up to date. Segments pass through
+// corners, edges and just outside edges of triangles, often of the one that blocked the light
+// before, so that an entry's triangle also blocks segments on which the walk reaches nothing.
+TEST(DifferentialTest, ShadowCacheEntriesAnswerAsTheWalksEntries) {
+    constexpr int kScenes = 1500, kSegments = 200;
+    constexpr int kLights[] = {0, 1, 100};  // the last one has no cache entry
+    int blocked = 0, open = 0, entryAlone = 0, compared = 0;
+    for (int s = 0; s < kScenes; ++s) {
+        RandomScene scene(200000 + s, 8, 6, true);
+        orv::RenderContext& lazy = scene.context();
+        ASSERT_TRUE(lazy.scene.everyOccluderBlocks);
+        orv::RenderContext walk = lazy;  // the same scene, entries of its own
+        walk.intersector = &orv_test::kReferenceIntersector;
+        Random& rng = scene.rng();
+        const auto& tris = scene.triangles();
+        Vec3 lightAt[3];
+        int lastTriangle[3] = {};
+        for (Vec3& p : lightAt) p = Vec3{rng.range(-3, 3), rng.range(-3, 3), rng.range(-1, 4)};
+        for (int i = 0; i < kSegments; ++i) {
+            const int l = rng.below(3), k = kLights[l];
+            if (rng.chance(0.5)) lastTriangle[l] = rng.below(static_cast<int>(tris.size()));
+            Corners c = tris[lastTriangle[l]];
+            const orv::Triangle* entry =
+                k < orv::kShadowCacheSize ? walk.shadowCache[k].triangle : nullptr;
+            if (entry && rng.chance(0.5)) c = Corners{{entry->p0, entry->p1, entry->p2}};
+            const Vec3 through = rng.chance(0.5) ? besideAnEdge(rng, c) : pointOnTriangle(rng, c);
+            Vec3 dir = lightAt[l] - through;
+            orv::normalise(dir);
+            const Vec3 origin = through - rng.range(0.001, 1.0) * dir;
+            const double end = orv::length(lightAt[l] - origin) - 1e-6;
+            const Ray ray{origin, dir, RayKind::Shadow};
+            if (k < orv::kShadowCacheSize) {
+                const orv::ShadowCacheEntry& e = walk.shadowCache[k];
+                Hit search;
+                search.t = end;
+                entryAlone += e.triangle &&
+                              orv::cachedTriangleBlocks(*e.body, *e.triangle, ray, end) &&
+                              !orv_test::referenceTraceShadow(walk.scene, ray, search);
+            }
+            const double want = orv::shadowVisibility(walk, k, ray, end);
+            const double got = orv::shadowVisibility(lazy, k, ray, end);
+            ASSERT_TRUE(want < 1e-6 ? got < 1e-6 : sameBits(want, got))
+                << "scene " << s << ", segment " << i << ": " << want << " / " << got;
+            blocked += want < 1e-6;
+            open += want == 1.0;
+            if (k < orv::kShadowCacheSize && rng.chance(0.1)) {
+                orv::settleShadowCache(lazy, k);
+                ASSERT_EQ(walk.shadowCache[k].triangle, lazy.shadowCache[k].triangle)
+                    << "scene " << s << ", segment " << i;
+                ++compared;
+            }
+        }
+    }
+    EXPECT_GT(blocked, kScenes * kSegments / 10);
+    EXPECT_GT(open, kScenes * kSegments / 10);
+    EXPECT_GT(compared, kScenes * kSegments / 40);
+    EXPECT_GE(entryAlone, 10);  // 17 with these seeds
 }
 
 }  // namespace

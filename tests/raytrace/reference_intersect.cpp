@@ -61,6 +61,6 @@ bool referenceTraceShadow(const Scene& scene, const Ray& ray, Hit& hit) {
     return searchScene(scene, ray, hit);
 }
 
-const Intersector kReferenceIntersector{referenceFindNearest, referenceTraceShadow};
+const Intersector kReferenceIntersector{referenceFindNearest, referenceTraceShadow, nullptr};
 
 }  // namespace orv_test

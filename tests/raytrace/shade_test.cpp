@@ -1,6 +1,7 @@
 // Shading: standard and scene light geometry, highlights, shadows with their cache,
 // transparency, refraction, total internal reflection and the depth limit.
 #include "raytrace/shade.h"
+#include "raytrace/shadow_cache.h"
 
 #include <cmath>
 
@@ -127,12 +128,15 @@ TEST_F(ShadeTest, ShadowsUseTheCacheForTheFirstHundredLights) {
 
     expectNearVec(Vec3{0, 0, 0}, shadeAt(m, {0, 0, 0}, {0, 0, 1}, {0, 0, -1}));
     const orv::Triangle* blocker = &ctx.scene.bodies->root->triangles[0];
+    orv::settleShadowCache(ctx, 0);
+    orv::settleShadowCache(ctx, 99);
     EXPECT_EQ(blocker, ctx.shadowCache[0].triangle);
     EXPECT_EQ(blocker, ctx.shadowCache[99].triangle);
     expectNearVec(Vec3{0, 0, 0}, shadeAt(m, {0, 0, 0}, {0, 0, 1}, {0, 0, -1}));
 
     // Half transparent: the cached triangle no longer blocks alone, V = 0.5, cache cleared.
     occluder->opacity = 0.5;
+    orv::finishScene(ctx);  // materials are read for the search when the scene is finished
     expectNearVec(Vec3{30.3, 30.3, 30.3}, shadeAt(m, {0, 0, 0}, {0, 0, 1}, {0, 0, -1}), 1e-9);
     EXPECT_EQ(nullptr, ctx.shadowCache[0].triangle);
 
