@@ -37,7 +37,7 @@ bool cachedTriangleBlocks(const Body& body, const Triangle& tri, const Ray& ray,
     if (!rayHitsTriangle(tri, body.twoSided != 0, ray, segmentEnd, denom, t, x, u, v)) {
         return false;
     }
-    return 1.0 - body.material->opacity < kHitEps;
+    return blocksLightAlone(*body.material);
 }
 
 bool rayMeetsBox(const Vec3& origin, const Vec3& dir, const Vec3& boxMin, const Vec3& boxMax) {

@@ -348,7 +348,7 @@ void finishScene(RenderContext& ctx, int threads) {
     scene.everyOccluderBlocks = true;
     for (const Body* body = scene.bodies; body; body = body->next) {
         const Mat& m = *body->material;
-        if (m.castShadow && !(1.0 - m.opacity < kHitEps)) scene.everyOccluderBlocks = false;
+        if (m.castShadow && !blocksLightAlone(m)) scene.everyOccluderBlocks = false;
     }
 }
 

@@ -11,6 +11,10 @@ namespace orv {
 
 constexpr double kHitEps = 1e-6;
 
+// An occluder of this material blocks a shadow segment on its own: what it leaves through,
+// 1 - opacity, is below 1e-6.
+inline bool blocksLightAlone(const Mat& material) { return 1.0 - material.opacity < kHitEps; }
+
 // Plane parameter of the ray for a triangle facing the right way, or false. Two-sided bodies
 // accept both faces; otherwise rays that look for surfaces meet faces turned towards them and
 // shadow rays meet faces turned away (where the ray leaves an occluder).
