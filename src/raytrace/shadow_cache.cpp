@@ -6,7 +6,7 @@ namespace orv {
 
 namespace {
 
-// Segments an entry may keep pending before they are looked up (about 16 KB).
+// Segments an entry may keep pending before they are looked up (about 18 KB).
 constexpr size_t kMaxPending = 256;
 
 bool entryBlocks(const ShadowCacheEntry& entry, const Ray& ray, double segmentEnd) {
