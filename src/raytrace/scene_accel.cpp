@@ -690,12 +690,30 @@ private:
 // Three children waiting a level, for at most 80 levels.
 constexpr int kStackSize = 256;
 
+// denom where the triangle faces the ray, else 1 (no division by zero), without a branch.
+inline double denominatorOrOne(bool faces, double denom) {
+    uint64_t bits, one;
+    const double kOne = 1.0;
+    std::memcpy(&bits, &denom, sizeof bits);
+    std::memcpy(&one, &kOne, sizeof one);
+    const uint64_t keep = uint64_t{0} - uint64_t{faces};
+    bits = (bits & keep) | (one & ~keep);
+    double result;
+    std::memcpy(&result, &bits, sizeof result);
+    return result;
+}
+
 // The triangle test on the copied record: true with the parameter when 1e-6 < t < bound.
+// The same arithmetic as rayHitsTriangle, with every condition evaluated and combined at the
+// end: each one is a coin toss for the triangles a search meets, and one branch on all of them
+// costs less than a misprediction on each.
 bool hotTriangleHit(const HotTriangle& tri, const Ray& ray, double bound, double& t) {
-    double denom, u, v;
-    if (!planeParameter(tri.n, tri.dist, (tri.flags & kTwoSided) != 0, ray, denom, t)) return false;
-    if (!(t > kHitEps && t < bound)) return false;
-    return insideTriangle(tri.p0, tri.a, tri.b, ray.origin + t * ray.dir, u, v);
+    const double denom = dot(tri.n, ray.dir);
+    const bool faces = facesRay(denom, (tri.flags & kTwoSided) != 0, ray.kind);
+    t = -(dot(tri.n, ray.origin) + tri.dist) / denominatorOrOne(faces, denom);
+    const Vec3 rel = (ray.origin + t * ray.dir) - tri.p0;
+    const double u = dot(rel, tri.a), v = dot(rel, tri.b);
+    return faces & (t > kHitEps) & (t < bound) & (u > -kHitEps) & (v > -kHitEps) & (u + v < 1.000001);
 }
 
 struct Candidate {

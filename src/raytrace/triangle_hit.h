@@ -18,16 +18,15 @@ inline bool blocksLightAlone(const Mat& material) { return 1.0 - material.opacit
 // Plane parameter of the ray for a triangle facing the right way, or false. Two-sided bodies
 // accept both faces; otherwise rays that look for surfaces meet faces turned towards them and
 // shadow rays meet faces turned away (where the ray leaves an occluder).
+inline bool facesRay(double denom, bool twoSided, RayKind kind) {
+    if (twoSided) return std::fabs(denom) > kHitEps;
+    return kind == RayKind::Shadow ? denom > kHitEps : denom < -kHitEps;
+}
+
 inline bool planeParameter(const Vec3& n, double dist, bool twoSided, const Ray& ray,
                            double& denom, double& t) {
     denom = dot(n, ray.dir);
-    if (twoSided) {
-        if (!(std::fabs(denom) > kHitEps)) return false;
-    } else if (ray.kind == RayKind::Shadow) {
-        if (!(denom > kHitEps)) return false;
-    } else {
-        if (!(denom < -kHitEps)) return false;
-    }
+    if (!facesRay(denom, twoSided, ray.kind)) return false;
     t = -(dot(n, ray.origin) + dist) / denom;
     return true;
 }
