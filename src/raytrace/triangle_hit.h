@@ -15,14 +15,15 @@ constexpr double kHitEps = 1e-6;
 // 1 - opacity, is below 1e-6.
 inline bool blocksLightAlone(const Mat& material) { return 1.0 - material.opacity < kHitEps; }
 
-// Plane parameter of the ray for a triangle facing the right way, or false. Two-sided bodies
-// accept both faces; otherwise rays that look for surfaces meet faces turned towards them and
-// shadow rays meet faces turned away (where the ray leaves an occluder).
+// Whether a triangle faces the ray the right way, from denom = dot(normal, direction). Two-sided
+// bodies accept both faces; otherwise rays that look for surfaces meet faces turned towards them
+// and shadow rays meet faces turned away (where the ray leaves an occluder).
 inline bool facesRay(double denom, bool twoSided, RayKind kind) {
     if (twoSided) return std::fabs(denom) > kHitEps;
     return kind == RayKind::Shadow ? denom > kHitEps : denom < -kHitEps;
 }
 
+// Plane parameter of the ray for a triangle facing the right way, or false.
 inline bool planeParameter(const Vec3& n, double dist, bool twoSided, const Ray& ray,
                            double& denom, double& t) {
     denom = dot(n, ray.dir);
