@@ -183,16 +183,19 @@ void JointTree::build(const HostCallbacks& host) {
 
     CheckedVector<const TreeNode*> open;
     for (const FixedCell* cell = fixed_; cell; cell = cell->next) {
-        appendMotionOrder(*cell->node, motionOrder_);
         open.push_back(cell->node);
         while (!open.empty()) {
             const TreeNode* node = open.back();
             open.pop_back();
             for (const Joint* j = node->firstJoint; j; j = j->next) {
-                if (j->kind >= kJointFollowerRotLin) loopJoints_.push_back(j);
+                if (j->kind >= kJointFollowerRotLin) {
+                    loopJoints_.push_back(j);
+                    j->parentJoint->parentJoint->parent->keepsAbove = true;
+                }
                 if (!j->leadsBack) open.push_back(j->child);
             }
         }
+        appendMotionOrder(*cell->node, motionOrder_);
     }
 
     for (MotionStep& step : motionOrder_.steps)
@@ -207,7 +210,7 @@ void appendMotionOrder(TreeNode& root, MotionOrder& order) {
     while (!open.empty()) {
         TreeNode* node = open.back();
         open.pop_back();
-        order.nodes.push_back(node);
+        order.nodes.push_back({node, node->body, node->keepsAbove});
         for (const Joint* j = node->firstJoint; j; j = j->next) {
             if (!movesChild(*j)) continue;
             open.push_back(j->child);

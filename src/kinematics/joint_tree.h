@@ -29,8 +29,11 @@ struct Joint;
 struct TreeNode {
     uint64_t body;
     Joint* firstJoint;  // outgoing joints
-    // The links' motion above the node as the last animation step composed it: it carries the
-    // rest coordinates of the node's outgoing links into the world.
+    // A follower loop below reads the motion above this node when it closes.
+    bool keepsAbove;
+    // The links' motion above the node: it carries the rest coordinates of the node's outgoing
+    // links into the world. The motion is kept here where a later part of the step reads it
+    // again: at the roots of a composition, and where keepsAbove is set.
     Mat4 above;
 };
 
@@ -70,7 +73,14 @@ struct MotionStep {
 // pushed in list order, so that each node comes before the nodes below it; and the joints that
 // move children, node by node in the same order and each node's in list order.
 struct MotionOrder {
-    CheckedVector<TreeNode*> nodes;
+    // A node with what the passes over the order read of it, so that they run through the
+    // order in sequence rather than visit nodes that lie among the joints.
+    struct Node {
+        TreeNode* node;
+        uint64_t body;
+        bool keepsAbove;
+    };
+    CheckedVector<Node> nodes;
     CheckedVector<MotionStep> steps;
     CheckedVector<TreeNode*> pending;  // appendMotionOrder's stack, kept for its memory
 

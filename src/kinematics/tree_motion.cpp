@@ -19,11 +19,11 @@ void setBodyMatrix(const HostCallbacks& host, uint64_t body, const Mat4& m) {
 void resetMotion(const HostCallbacks& host, const MotionOrder& order) {
     Mat4 one;
     identity(one);
-    for (const TreeNode* node : order.nodes) setBodyMatrix(host, node->body, one);
+    for (const MotionOrder::Node& node : order.nodes) setBodyMatrix(host, node.body, one);
 }
 
-// What a step reads and writes: the link's values (its copy, or its record's values, axis
-// points and path), the joint's frames and the child's motion.
+// What a step reads: the link's values (its copy, or its record's values, axis points and
+// path) and the joint's frames.
 static void prefetchStep(const MotionStep& step, const LinkCopy* copy) {
     if (copy) {
         prefetch(copy);
@@ -36,7 +36,6 @@ static void prefetchStep(const MotionStep& step, const LinkCopy* copy) {
     prefetch(&step.joint->axis);
     prefetch(&step.joint->axis.line.frame.m[8]);
     prefetch(&step.joint->axis.line.inverse.m[8]);
-    prefetch(&step.child->above);
 }
 
 void composeMotion(const HostCallbacks& host, const MotionOrder& order, const LinkCopies* copies) {
@@ -45,22 +44,36 @@ void composeMotion(const HostCallbacks& host, const MotionOrder& order, const Li
         const LinkCopy* copy = copies ? copies->current(step.slot) : nullptr;
         return copy && !copy->ridesPath ? copy : nullptr;
     };
+    // The motions that the nodes still to come get from their parents. The order is depth first
+    // from a stack (appendMotionOrder), so each node's motion is the last one pushed, and the
+    // stack is empty exactly at a root, which brings its own. The stack stays small and in the
+    // cache, where a motion per node would be written out and read in again on every step.
+    static CheckedVector<Mat4> pending;  // kept for its memory
+    pending.clear();
     size_t k = 0;
-    for (TreeNode* n : order.nodes) {
-        Mat4 m = n->above;
-        preMultiply(m, bodyMatrix(host, n->body));
-        setBodyMatrix(host, n->body, m);
-        for (; k < count && order.steps[k].parent == n; ++k) {
+    for (const MotionOrder::Node& n : order.nodes) {
+        Mat4 above;
+        if (pending.empty()) {
+            above = n.node->above;
+        } else {
+            above = pending.back();
+            pending.pop_back();
+            if (n.keepsAbove) n.node->above = above;
+        }
+        Mat4 m = above;
+        preMultiply(m, bodyMatrix(host, n.body));
+        setBodyMatrix(host, n.body, m);
+        for (; k < count && order.steps[k].parent == n.node; ++k) {
             if (k + kPrefetchAhead < count) {
                 const MotionStep& ahead = order.steps[k + kPrefetchAhead];
                 prefetchStep(ahead, copyOf(ahead));
             }
             const MotionStep& step = order.steps[k];
-            step.child->above = n->above;
+            Mat4& child = pending.emplace_back(above);
             if (const LinkCopy* copy = copyOf(step))
-                applyAxisMotion(copy->values, step.joint->axis, step.child->above);
+                applyAxisMotion(copy->values, step.joint->axis, child);
             else
-                applyLinkMotion(*step.link, step.joint->axis, step.child->above);
+                applyLinkMotion(*step.link, step.joint->axis, child);
         }
     }
 }

@@ -48,9 +48,10 @@ struct LinkCopies {
 
 // For each node of a motion order in turn: its matrix := its body's matrix times the motion
 // above it, and each joint that moves its child carries that motion, its link's motion added
-// in front, to the child. Every node's motion above must be set before its turn: the roots' by
-// the caller, the others' by their parents. A link with a current copy in copies (when given)
-// moves by the copy, the others by their records.
+// in front, to the child. The roots' motion above (TreeNode::above) must be set by the caller;
+// the others' is handed down within the pass and stored in their nodes only where keepsAbove
+// is set. A link with a current copy in copies (when given) moves by the copy, the others by
+// their records.
 void composeMotion(const HostCallbacks& host, const MotionOrder& order,
                    const LinkCopies* copies = nullptr);
 
