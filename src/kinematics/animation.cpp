@@ -2,6 +2,7 @@
 // the collision test; the step.
 #include "kinematics/animation.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "kinematics/checked_allocator.h"
@@ -78,18 +79,40 @@ void propagate(DrivePass& pass, Lnk* link, double dLin, double dRot) {
     }
 }
 
-// The lines of a record that a drive step reads: the axis flags, offsets and ratio, the values
-// and axis points that it copies, each drive's switch and phase count, each drive's first
-// phases, and the host object that lists a moved link's transmissions.
-void prefetchDriveFields(const Lnk& link) {
+// Which lines of a record a drive step reads depends on the record: the axis flags say which
+// drives count, and a drive's switch and phase count whether its phases and damping are read.
+// The pass is bound by how many lines memory delivers, so it asks only for those, in three
+// rounds as a record comes closer, each deciding from the lines the round before brought in:
+// the axis flags, offsets, ratio and the values and axis points it copies; the drive settings of
+// the axes in use; the phases and damping of each drive that runs, and the host object that
+// lists the transmissions of a link that may move.
+constexpr size_t kAskValues = 16, kAskDrives = 10, kAskPhases = 5;
+
+void prefetchValues(const Lnk& link) {
     prefetch(&link.lin);
     prefetch(&link.rotOffset);
     prefetch(&link.axisB);
-    prefetch(&link.linDrive.count);
-    prefetch(&link.rotDrive.count);
-    prefetch(&link.linDrive.phases[0]);
-    prefetch(&link.rotDrive.phases[0]);
-    prefetch(&link.linkObject);
+}
+
+void prefetchDriveSettings(const Lnk& link) {
+    if (link.lin) prefetch(&link.linDrive.count);
+    if (link.rot) prefetch(&link.rotDrive.count);
+}
+
+// The first and the third phase's lines (the processor's own prefetch takes the lines between
+// and after them) and the damping; false for a drive that does not run.
+bool prefetchPhases(const OrvDrive& drive) {
+    if (!drive.on || drive.count <= 0) return false;
+    prefetch(&drive.phases[0]);
+    prefetch(reinterpret_cast<const char*>(&drive.phases[std::min(drive.count, 3)]) - 1);
+    prefetch(&drive.damping);
+    return true;
+}
+
+void prefetchRunningDrives(const Lnk& link) {
+    const bool linRuns = link.lin && prefetchPhases(link.linDrive);
+    const bool rotRuns = link.rot && prefetchPhases(link.rotDrive);
+    if (linRuns || rotRuns) prefetch(&link.linkObject);
 }
 
 // Drives, couplings and transmissions over the scene's links in walk order; each link's values
@@ -98,8 +121,9 @@ void runDrives(DrivePass& pass, const HostScene& scene, double time) {
     const CheckedVector<JointTree::WalkSlot>& known = pass.tree.walkSlots();
     const size_t count = scene.links.size();
     for (size_t i = 0; i < count; ++i) {
-        if (i + kPrefetchAhead < count)
-            prefetchDriveFields(*scene.links[i + kPrefetchAhead].record);
+        if (i + kAskValues < count) prefetchValues(*scene.links[i + kAskValues].record);
+        if (i + kAskDrives < count) prefetchDriveSettings(*scene.links[i + kAskDrives].record);
+        if (i + kAskPhases < count) prefetchRunningDrives(*scene.links[i + kAskPhases].record);
         Lnk& link = *scene.links[i].record;
         const uint32_t slot =
             i < known.size() && known[i].link == &link ? known[i].slot : pass.tree.slotOf(&link);

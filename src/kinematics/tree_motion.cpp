@@ -22,20 +22,40 @@ void resetMotion(const HostCallbacks& host, const MotionOrder& order) {
     for (const MotionOrder::Node& node : order.nodes) setBodyMatrix(host, node.body, one);
 }
 
-// What a step reads: the link's values (its copy, or its record's values, axis points and
-// path) and the joint's frames.
-static void prefetchStep(const MotionStep& step, const LinkCopy* copy) {
-    if (copy) {
-        prefetch(copy);
-        prefetch(reinterpret_cast<const char*>(copy) + sizeof(LinkCopy) - 1);
-    } else {
-        touch(&step.link->lin);
-        prefetch(&step.link->rotCur);
-        prefetch(&step.link->axisB);
+// A step reads its link's copy, and beyond it the joint's axis points and frames only for a
+// link that turns. The pass is bound by how many lines memory delivers, so it asks for the
+// copy first and, once the copy is in, for the frames of the links that turn.
+constexpr size_t kAskCopy = 16, kAskFrames = 8;
+
+static void prefetchCopy(const LinkCopies* copies, const MotionStep& step) {
+    if (!copies || step.slot >= copies->bySlot.size()) return;
+    const LinkCopy& copy = copies->bySlot[step.slot];
+    prefetch(&copy);
+    prefetch(reinterpret_cast<const char*>(&copy) + sizeof(LinkCopy) - 1);
+}
+
+// Every line of the axis points and of both frames.
+static void prefetchFrames(const AxisCache& axis) {
+    prefetch(&axis);
+    for (const Mat4* m : {&axis.line.frame, &axis.line.inverse}) {
+        prefetch(&m->m[0]);
+        prefetch(&m->m[8]);
+        prefetch(&m->m[15]);
     }
-    prefetch(&step.joint->axis);
-    prefetch(&step.joint->axis.line.frame.m[8]);
-    prefetch(&step.joint->axis.line.inverse.m[8]);
+}
+
+// With a copy, the frames where the link turns; without one, the record's values, axis points
+// and path, and the frames.
+static void prefetchBeyondCopy(const MotionStep& step, const LinkCopy* copy) {
+    if (copy) {
+        const AxisValues& v = copy->values;
+        if (v.rot && v.rotCur + v.rotOffset != 0.0) prefetchFrames(step.joint->axis);
+        return;
+    }
+    touch(&step.link->lin);
+    prefetch(&step.link->rotCur);
+    prefetch(&step.link->axisB);
+    prefetchFrames(step.joint->axis);
 }
 
 void composeMotion(const HostCallbacks& host, const MotionOrder& order, const LinkCopies* copies) {
@@ -64,9 +84,10 @@ void composeMotion(const HostCallbacks& host, const MotionOrder& order, const Li
         preMultiply(m, bodyMatrix(host, n.body));
         setBodyMatrix(host, n.body, m);
         for (; k < count && order.steps[k].parent == n.node; ++k) {
-            if (k + kPrefetchAhead < count) {
-                const MotionStep& ahead = order.steps[k + kPrefetchAhead];
-                prefetchStep(ahead, copyOf(ahead));
+            if (k + kAskCopy < count) prefetchCopy(copies, order.steps[k + kAskCopy]);
+            if (k + kAskFrames < count) {
+                const MotionStep& ahead = order.steps[k + kAskFrames];
+                prefetchBeyondCopy(ahead, copyOf(ahead));
             }
             const MotionStep& step = order.steps[k];
             Mat4& child = pending.emplace_back(above);
