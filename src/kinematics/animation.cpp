@@ -3,6 +3,7 @@
 #include "kinematics/animation.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 #include "kinematics/checked_allocator.h"
@@ -19,13 +20,32 @@ namespace {
 
 // ---- Drives and transmissions ----------------------------------------------------------------
 
-// What the drive pass works with: the host, the tree's slots, the copies it makes and the
-// links that the current wave has moved.
+// Where the wave from a link went in the previous step: the first transmissions it passed
+// through, the links they drove and those links' slots. The host finds a link's transmissions
+// only when the wave asks for them, so the pass asks for these lines ahead from what the last
+// step met. They are hints only: asking for memory never faults, whatever the host has changed
+// since, and a remembered slot is taken only once the tree confirms it.
+struct WaveHint {
+    const Trn* trn;
+    const Lnk* driven;
+    uint32_t slot;
+};
+
+struct WaveHints {
+    static constexpr uint32_t kKept = 2;
+    WaveHint hint[kKept];
+    uint32_t count;  // of this step's wave so far, or of the last one's
+};
+
+// What the drive pass works with: the host, the tree's slots, the copies it makes, the links
+// that the current wave has moved, and the waves' hints by the links' places in the walk.
 struct DrivePass {
     const HostCallbacks& host;
     const JointTree& tree;
     LinkCopies& copies;
     CheckedVector<const Lnk*>& moved;
+    CheckedVector<WaveHints>& waves;
+    WaveHints* wave = nullptr;  // the hints of the link whose wave runs
 
     // The record's values into its slot's copy, as the record stands now.
     void copy(const Lnk& link, uint32_t slot) {
@@ -34,6 +54,15 @@ struct DrivePass {
         c.values = axisValues(link);
         c.ridesPath = ridesPath(link);
         c.step = copies.step;
+    }
+
+    // The slot of a link that a transmission drives; kept as a hint for the next step.
+    uint32_t drivenSlot(const Trn* trn, const Lnk* driven) {
+        if (!wave || wave->count == WaveHints::kKept) return tree.slotOf(driven);
+        WaveHint& hint = wave->hint[wave->count++];
+        const uint32_t slot = tree.slotOf(driven, hint.driven == driven ? hint.slot : kNoSlot);
+        hint = {trn, driven, slot};
+        return slot;
     }
 };
 
@@ -73,7 +102,7 @@ void propagate(DrivePass& pass, Lnk* link, double dLin, double dRot) {
         pass.moved.push_back(driven);
         driven->linOffset += lin;
         driven->rotOffset += rot;
-        const uint32_t slot = pass.tree.slotOf(driven);
+        const uint32_t slot = pass.drivenSlot(trn, driven);
         if (pass.copies.current(slot)) pass.copy(*driven, slot);
         propagate(pass, driven, lin, rot);
     }
@@ -115,15 +144,51 @@ void prefetchRunningDrives(const Lnk& link) {
     if (linRuns || rotRuns) prefetch(&link.linkObject);
 }
 
+// The last step's wave from a link: first its transmissions, then what they drove (the
+// values a wave changes and copies, the host object of the next transmissions, the copy). The
+// records may be gone since: only their addresses are formed, never read.
+void prefetchField(const void* record, size_t offset) {
+    prefetch(static_cast<const char*>(record) + offset);
+}
+
+void prefetchWaveTransmissions(const WaveHints& wave) {
+    for (uint32_t h = 0; h < wave.count && h < WaveHints::kKept; ++h) {
+        prefetchField(wave.hint[h].trn, offsetof(Trn, active));
+        prefetchField(wave.hint[h].trn, offsetof(Trn, target));
+    }
+}
+
+void prefetchWaveTargets(const WaveHints& wave, const LinkCopies& copies) {
+    for (uint32_t h = 0; h < wave.count && h < WaveHints::kKept; ++h) {
+        for (size_t offset : {offsetof(Lnk, lin), offsetof(Lnk, rotOffset), offsetof(Lnk, axisB),
+                              offsetof(Lnk, linkObject)})
+            prefetchField(wave.hint[h].driven, offset);
+        if (wave.hint[h].slot < copies.bySlot.size()) {
+            const LinkCopy& copy = copies.bySlot[wave.hint[h].slot];
+            prefetch(&copy);
+            prefetch(reinterpret_cast<const char*>(&copy) + sizeof(LinkCopy) - 1);
+        }
+    }
+}
+
 // Drives, couplings and transmissions over the scene's links in walk order; each link's values
 // are copied for the motion as the pass leaves it.
 void runDrives(DrivePass& pass, const HostScene& scene, double time) {
     const CheckedVector<JointTree::WalkSlot>& known = pass.tree.walkSlots();
     const size_t count = scene.links.size();
+    pass.waves.resize(count);
     for (size_t i = 0; i < count; ++i) {
-        if (i + kAskValues < count) prefetchValues(*scene.links[i + kAskValues].record);
-        if (i + kAskDrives < count) prefetchDriveSettings(*scene.links[i + kAskDrives].record);
+        if (i + kAskValues < count) {
+            prefetchValues(*scene.links[i + kAskValues].record);
+            prefetchWaveTransmissions(pass.waves[i + kAskValues]);
+        }
+        if (i + kAskDrives < count) {
+            prefetchDriveSettings(*scene.links[i + kAskDrives].record);
+            prefetchWaveTargets(pass.waves[i + kAskDrives], pass.copies);
+        }
         if (i + kAskPhases < count) prefetchRunningDrives(*scene.links[i + kAskPhases].record);
+        pass.wave = &pass.waves[i];
+        pass.wave->count = 0;
         Lnk& link = *scene.links[i].record;
         const uint32_t slot =
             i < known.size() && known[i].link == &link ? known[i].slot : pass.tree.slotOf(&link);
@@ -177,6 +242,37 @@ void applyReferenceBody(const HostCallbacks& host) {
     }
 }
 
+// What closing a follower joint's loop reads first: the three joints, their links' values and
+// axis points, the nodes, and the grandparent's frames and the motion above it. Asked for in
+// two rounds: the follower joint, then, once it is in, what it leads to.
+constexpr size_t kAskLoopJoint = 4, kAskLoopParts = 2;
+
+void prefetchLoopJoint(const Joint& follower) {
+    prefetch(&follower);
+    prefetch(&follower.link->rotOffset);
+}
+
+void prefetchLoopParts(const Joint& follower) {
+    prefetch(&follower.link->axisB);
+    prefetch(follower.child);
+    prefetch(follower.parent);
+    const Joint* parent = follower.parentJoint;
+    const Joint* grandparent = parent ? parent->parentJoint : nullptr;
+    if (!grandparent) return;
+    for (const Joint* j : {parent, grandparent}) {
+        prefetch(j);
+        prefetchValues(*j->link);
+    }
+    prefetch(grandparent->child);
+    prefetch(grandparent->parent);
+    prefetch(&grandparent->parent->above.m[8]);
+    prefetch(&grandparent->axis);
+    for (const Mat4* m : {&grandparent->axis.line.frame, &grandparent->axis.line.inverse}) {
+        prefetch(&m->m[8]);
+        prefetch(&m->m[15]);
+    }
+}
+
 bool solve(const HostCallbacks& host, const JointTree& tree, const LinkCopies& copies) {
     if (host.beginUpdate) host.beginUpdate();
     // Every tree is reset before the first is composed: a body in two trees takes both motions.
@@ -187,8 +283,12 @@ bool solve(const HostCallbacks& host, const JointTree& tree, const LinkCopies& c
     // Every open follower joint of kind 2, 3 or 4 is solved, in the order of the trees.
     bool closed = true;
     static MotionOrder scratch;  // the nodes that a solve composes again
-    for (const Joint* j : tree.loopJoints())
-        if (loopOpen(host, *j) && !closeLoop(host, *j, scratch)) closed = false;
+    const CheckedVector<const Joint*>& loops = tree.loopJoints();
+    for (size_t i = 0; i < loops.size(); ++i) {
+        if (i + kAskLoopJoint < loops.size()) prefetchLoopJoint(*loops[i + kAskLoopJoint]);
+        if (i + kAskLoopParts < loops.size()) prefetchLoopParts(*loops[i + kAskLoopParts]);
+        if (loopOpen(host, *loops[i]) && !closeLoop(host, *loops[i], scratch)) closed = false;
+    }
     applyReferenceBody(host);
     if (host.endUpdate) host.endUpdate();
     return closed;
@@ -234,9 +334,10 @@ int32_t animation(double time, int32_t collisionCheck) {
     static HostScene scene;
     static LinkCopies copies;
     static CheckedVector<const Lnk*> moved;
+    static CheckedVector<WaveHints> waves;
     walkHostScene(host, false, scene);
     copies.startStep(tree.slotCount());
-    DrivePass pass{host, tree, copies, moved};
+    DrivePass pass{host, tree, copies, moved, waves};
     runDrives(pass, scene, time);
     if (!solve(host, tree, copies)) return kAnimationLoopOpen;
     if (collisionCheck && findCollision(host)) return kAnimationCollision;

@@ -127,6 +127,13 @@ public:
         const size_t slot = slots_.find(reinterpret_cast<uintptr_t>(link));
         return slot == DenseNumbering::kNone ? kNoSlot : uint32_t(slot);
     }
+    // The same, trying a slot remembered from an earlier step first.
+    uint32_t slotOf(const Lnk* link, uint32_t remembered) const {
+        if (remembered < slots_.size() &&
+            slots_.value(remembered) == reinterpret_cast<uintptr_t>(link))
+            return remembered;
+        return slotOf(link);
+    }
     // The records of the build's scene walk, in its order, each with its slot: a later walk of
     // an unchanged scene meets the same records in the same order, and finds their slots here
     // without a search.

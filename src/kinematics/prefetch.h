@@ -1,21 +1,10 @@
-// Asking for memory ahead of its use. Link records are large and lie far apart, so each pass
-// over the links waits on every record it touches; a pass that knows which records come next
-// asks for them a few links early, and the waits overlap.
+// Asking for memory ahead of its use. Link records are large and lie far apart, and a pass over
+// the links is bound by how many of their lines memory delivers: a pass that knows which
+// records come next asks for the lines it will read a few links early, so that the waits
+// overlap, and for no others.
 #pragma once
 
-#include <cstddef>
-
 namespace orv {
-
-// How many links ahead a pass asks for records.
-constexpr size_t kPrefetchAhead = 8;
-
-// A load whose value is not used. A prefetch hint for a page whose address the processor has
-// not translated lately may be dropped, as it mostly is for records that lie pages apart; a
-// load is not, and the hints that follow it for the same page then land.
-inline void touch(const void* p) {
-    (void)*static_cast<const volatile char*>(p);
-}
 
 // A hint, written as an instruction the compiler keeps: GCC takes __builtin_prefetch for no
 // effect at all, and drops a call to a helper whose only effects are such hints.

@@ -52,7 +52,7 @@ static void prefetchBeyondCopy(const MotionStep& step, const LinkCopy* copy) {
         if (v.rot && v.rotCur + v.rotOffset != 0.0) prefetchFrames(step.joint->axis);
         return;
     }
-    touch(&step.link->lin);
+    prefetch(&step.link->lin);
     prefetch(&step.link->rotCur);
     prefetch(&step.link->axisB);
     prefetchFrames(step.joint->axis);

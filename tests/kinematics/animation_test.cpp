@@ -88,6 +88,29 @@ TEST(Animation, CouplingAndTransmissions) {
     EXPECT_EQ(+back.linOffset, -1.0);
 }
 
+// Each step follows the transmissions as the host has them then: a transmission given a new
+// target between steps drives the new target, and the old one keeps its place.
+TEST(Animation, RetargetedTransmissionDrivesItsNewTarget) {
+    SceneHost h;
+    const uint64_t f = h.add(0), a = h.add(0), b = h.add(0), c = h.add(0);
+    // The driven links come first in the walk: the wave changes values already copied.
+    Lnk& first = h.link(f, b, {0, 1, 0}, {0, 0, 0});   // slides along y
+    Lnk& second = h.link(f, c, {0, 0, 1}, {0, 0, 0});  // slides along z
+    Lnk& driver = h.link(f, a, {1, 0, 0}, {0, 0, 0});
+    setLinearDrive(driver.linDrive, 4, 1);
+    Trn& t = h.transmission(driver, first, {&driver});
+    t.linLin = 0.5, t.linRot = 0;
+    h.install();
+
+    EXPECT_EQ(Animation(0.25, 0), 0);
+    EXPECT_PLACE(h, b, (OrvVec3{0, 0, 0}), 0, 0.5, 0);
+    t.target = SceneHost::itemOf(second);
+    EXPECT_EQ(Animation(0.5, 0), 0);
+    EXPECT_PLACE(h, b, (OrvVec3{0, 0, 0}), 0, 0.5, 0);
+    EXPECT_PLACE(h, c, (OrvVec3{0, 0, 0}), 0, 0, 0.5);
+    EXPECT_PLACE(h, a, (OrvVec3{0, 0, 0}), 2, 0, 0);
+}
+
 TEST(Animation, CircleOfTransmissionsEnds) {
     SceneHost h;
     const uint64_t f = h.add(0), a = h.add(0), b = h.add(0);
