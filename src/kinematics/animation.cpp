@@ -117,12 +117,6 @@ void propagate(DrivePass& pass, Lnk* link, double dLin, double dRot) {
 // lists the transmissions of a link that may move.
 constexpr size_t kAskValues = 16, kAskDrives = 10, kAskPhases = 5;
 
-void prefetchValues(const Lnk& link) {
-    prefetch(&link.lin);
-    prefetch(&link.rotOffset);
-    prefetch(&link.axisB);
-}
-
 void prefetchDriveSettings(const Lnk& link) {
     if (link.lin) prefetch(&link.linDrive.count);
     if (link.rot) prefetch(&link.rotDrive.count);
@@ -160,14 +154,9 @@ void prefetchWaveTransmissions(const WaveHints& wave) {
 
 void prefetchWaveTargets(const WaveHints& wave, const LinkCopies& copies) {
     for (uint32_t h = 0; h < wave.count && h < WaveHints::kKept; ++h) {
-        for (size_t offset : {offsetof(Lnk, lin), offsetof(Lnk, rotOffset), offsetof(Lnk, axisB),
-                              offsetof(Lnk, linkObject)})
-            prefetchField(wave.hint[h].driven, offset);
-        if (wave.hint[h].slot < copies.bySlot.size()) {
-            const LinkCopy& copy = copies.bySlot[wave.hint[h].slot];
-            prefetch(&copy);
-            prefetch(reinterpret_cast<const char*>(&copy) + sizeof(LinkCopy) - 1);
-        }
+        prefetchLinkValues(wave.hint[h].driven);
+        prefetchField(wave.hint[h].driven, offsetof(Lnk, linkObject));
+        copies.prefetchSlot(wave.hint[h].slot);
     }
 }
 
@@ -179,7 +168,7 @@ void runDrives(DrivePass& pass, const HostScene& scene, double time) {
     pass.waves.resize(count);
     for (size_t i = 0; i < count; ++i) {
         if (i + kAskValues < count) {
-            prefetchValues(*scene.links[i + kAskValues].record);
+            prefetchLinkValues(scene.links[i + kAskValues].record);
             prefetchWaveTransmissions(pass.waves[i + kAskValues]);
         }
         if (i + kAskDrives < count) {
@@ -261,16 +250,12 @@ void prefetchLoopParts(const Joint& follower) {
     if (!grandparent) return;
     for (const Joint* j : {parent, grandparent}) {
         prefetch(j);
-        prefetchValues(*j->link);
+        prefetchLinkValues(j->link);
     }
     prefetch(grandparent->child);
     prefetch(grandparent->parent);
     prefetch(&grandparent->parent->above.m[8]);
-    prefetch(&grandparent->axis);
-    for (const Mat4* m : {&grandparent->axis.line.frame, &grandparent->axis.line.inverse}) {
-        prefetch(&m->m[8]);
-        prefetch(&m->m[15]);
-    }
+    prefetchAxisFrames(grandparent->axis);
 }
 
 bool solve(const HostCallbacks& host, const JointTree& tree, const LinkCopies& copies) {

@@ -4,6 +4,11 @@
 // overlap, and for no others.
 #pragma once
 
+#include <cstddef>
+
+#include "kinematics/link_transform.h"
+#include "orvanta.h"
+
 namespace orv {
 
 // A hint, written as an instruction the compiler keeps: GCC takes __builtin_prefetch for no
@@ -16,6 +21,25 @@ inline void prefetch(const void* p) {
 #else
     (void)p;
 #endif
+}
+
+// The lines of a link record that hold its axis flags, values, offsets, ratio and axis points.
+// Taken by address alone: a remembered record may be gone since, and its lines are only asked
+// for, never read.
+inline void prefetchLinkValues(const void* link) {
+    const char* record = static_cast<const char*>(link);
+    for (size_t offset : {offsetof(Lnk, lin), offsetof(Lnk, rotOffset), offsetof(Lnk, axisB)})
+        prefetch(record + offset);
+}
+
+// Every line of an axis's points and of both its frames.
+inline void prefetchAxisFrames(const AxisCache& axis) {
+    prefetch(&axis);
+    for (const Mat4* m : {&axis.line.frame, &axis.line.inverse}) {
+        prefetch(&m->m[0]);
+        prefetch(&m->m[8]);
+        prefetch(&m->m[15]);
+    }
 }
 
 }  // namespace orv

@@ -27,21 +27,10 @@ void resetMotion(const HostCallbacks& host, const MotionOrder& order) {
 // copy first and, once the copy is in, for the frames of the links that turn.
 constexpr size_t kAskCopy = 16, kAskFrames = 8;
 
-static void prefetchCopy(const LinkCopies* copies, const MotionStep& step) {
-    if (!copies || step.slot >= copies->bySlot.size()) return;
-    const LinkCopy& copy = copies->bySlot[step.slot];
-    prefetch(&copy);
-    prefetch(reinterpret_cast<const char*>(&copy) + sizeof(LinkCopy) - 1);
-}
-
-// Every line of the axis points and of both frames.
-static void prefetchFrames(const AxisCache& axis) {
-    prefetch(&axis);
-    for (const Mat4* m : {&axis.line.frame, &axis.line.inverse}) {
-        prefetch(&m->m[0]);
-        prefetch(&m->m[8]);
-        prefetch(&m->m[15]);
-    }
+void LinkCopies::prefetchSlot(uint32_t slot) const {
+    if (slot >= bySlot.size()) return;
+    prefetch(&bySlot[slot]);
+    prefetch(reinterpret_cast<const char*>(&bySlot[slot]) + sizeof(LinkCopy) - 1);
 }
 
 // With a copy, the frames where the link turns; without one, the record's values, axis points
@@ -49,13 +38,11 @@ static void prefetchFrames(const AxisCache& axis) {
 static void prefetchBeyondCopy(const MotionStep& step, const LinkCopy* copy) {
     if (copy) {
         const AxisValues& v = copy->values;
-        if (v.rot && v.rotCur + v.rotOffset != 0.0) prefetchFrames(step.joint->axis);
+        if (v.rot && v.rotCur + v.rotOffset != 0.0) prefetchAxisFrames(step.joint->axis);
         return;
     }
-    prefetch(&step.link->lin);
-    prefetch(&step.link->rotCur);
-    prefetch(&step.link->axisB);
-    prefetchFrames(step.joint->axis);
+    prefetchLinkValues(step.link);
+    prefetchAxisFrames(step.joint->axis);
 }
 
 void composeMotion(const HostCallbacks& host, const MotionOrder& order, const LinkCopies* copies) {
@@ -84,7 +71,7 @@ void composeMotion(const HostCallbacks& host, const MotionOrder& order, const Li
         preMultiply(m, bodyMatrix(host, n.body));
         setBodyMatrix(host, n.body, m);
         for (; k < count && order.steps[k].parent == n.node; ++k) {
-            if (k + kAskCopy < count) prefetchCopy(copies, order.steps[k + kAskCopy]);
+            if (copies && k + kAskCopy < count) copies->prefetchSlot(order.steps[k + kAskCopy].slot);
             if (k + kAskFrames < count) {
                 const MotionStep& ahead = order.steps[k + kAskFrames];
                 prefetchBeyondCopy(ahead, copyOf(ahead));

@@ -44,6 +44,8 @@ struct LinkCopies {
     const LinkCopy* current(uint32_t slot) const {
         return slot < bySlot.size() && bySlot[slot].step == step ? &bySlot[slot] : nullptr;
     }
+    // Asks for the lines of a slot's copy ahead of their use.
+    void prefetchSlot(uint32_t slot) const;
 };
 
 // For each node of a motion order in turn: its matrix := its body's matrix times the motion
