@@ -11,8 +11,9 @@
 
 namespace orv {
 
-// A hint, written as an instruction the compiler keeps: GCC takes __builtin_prefetch for no
-// effect at all, and drops a call to a helper whose only effects are such hints.
+// A hint, written as an instruction the compiler keeps: the compiler's own prefetch builtin
+// counts as no effect at all, and a call to a helper whose only effects are such hints would
+// be dropped whole.
 inline void prefetch(const void* p) {
 #if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
     __asm__ volatile("prefetcht0 %0" : : "m"(*static_cast<const char*>(p)));
