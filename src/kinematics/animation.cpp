@@ -34,7 +34,7 @@ struct WaveHint {
 struct WaveHints {
     static constexpr uint32_t kKept = 2;
     WaveHint hint[kKept];
-    uint32_t count;  // of this step's wave so far, or of the last one's
+    uint32_t count;  // at most kKept: of this step's wave so far, or of the last one's
 };
 
 // What the drive pass works with: the host, the tree's slots, the copies it makes, the links
@@ -139,21 +139,16 @@ void prefetchRunningDrives(const Lnk& link) {
 }
 
 // The last step's wave from a link: first its transmissions, then what they drove (the
-// values a wave changes and copies, the host object of the next transmissions, the copy). The
-// records may be gone since: only their addresses are formed, never read.
-void prefetchField(const void* record, size_t offset) {
-    prefetch(static_cast<const char*>(record) + offset);
-}
-
+// values a wave changes and copies, the host object of the next transmissions, the copy).
 void prefetchWaveTransmissions(const WaveHints& wave) {
-    for (uint32_t h = 0; h < wave.count && h < WaveHints::kKept; ++h) {
+    for (uint32_t h = 0; h < wave.count; ++h) {
         prefetchField(wave.hint[h].trn, offsetof(Trn, active));
         prefetchField(wave.hint[h].trn, offsetof(Trn, target));
     }
 }
 
 void prefetchWaveTargets(const WaveHints& wave, const LinkCopies& copies) {
-    for (uint32_t h = 0; h < wave.count && h < WaveHints::kKept; ++h) {
+    for (uint32_t h = 0; h < wave.count; ++h) {
         prefetchLinkValues(wave.hint[h].driven);
         prefetchField(wave.hint[h].driven, offsetof(Lnk, linkObject));
         copies.prefetchSlot(wave.hint[h].slot);

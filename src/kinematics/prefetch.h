@@ -24,13 +24,16 @@ inline void prefetch(const void* p) {
 #endif
 }
 
+// A field of a record taken by address alone: a remembered record may be gone since, and its
+// lines are only asked for, never read.
+inline void prefetchField(const void* record, size_t offset) {
+    prefetch(static_cast<const char*>(record) + offset);
+}
+
 // The lines of a link record that hold its axis flags, values, offsets, ratio and axis points.
-// Taken by address alone: a remembered record may be gone since, and its lines are only asked
-// for, never read.
 inline void prefetchLinkValues(const void* link) {
-    const char* record = static_cast<const char*>(link);
     for (size_t offset : {offsetof(Lnk, lin), offsetof(Lnk, rotOffset), offsetof(Lnk, axisB)})
-        prefetch(record + offset);
+        prefetchField(link, offset);
 }
 
 // Every line of an axis's points and of both its frames.
