@@ -324,9 +324,14 @@ ORVANTA_API int32_t ResetLnk(Lnk* lnk);
 /** Stores the driving link, the driven link and the host object. Returns 1. */
 ORVANTA_API int32_t SetTrn(Trn* trn, uint64_t source, uint64_t target, uint64_t object);
 
-/** Copies any record's name with its terminator into out (64 bytes suffice). Returns 1. */
+/** Copies any record's name up to and including its terminator into out: a name set longer
+ *  by SetHandleName reads back whole, and a 64-character name given to Create* (no terminator
+ *  in its 64 bytes) reads on into the bytes behind it. At most 127 characters and a
+ *  terminator: out needs 128 bytes. Returns 1. */
 ORVANTA_API int32_t GetHandleName(const void* handle, char* out);
-/** Copies name with its terminator over any record's start, unbounded. Returns 1. */
+/** Copies name with its terminator over any record's start; a name longer than 63 characters
+ *  overwrites the fields behind it. At most 127 characters are taken, so that no record's
+ *  editor pointer is reached. Returns 1. */
 ORVANTA_API int32_t SetHandleName(void* handle, const char* name);
 /** 1 when two materials (records, or blocks when the flag is nonzero) are equal: names up to
  *  their terminators, every field, and the image data of every textured slot. */

@@ -1,6 +1,6 @@
 // Bitmap decoding:
 //   header   - file header, info or core header, masks, colour table
-//   channels - bit-field masks scaled to 8 bits
+//   channels - bit-field masks widened to 8 bits
 //   rows     - plain rows of every depth
 //   rle      - RLE8 and RLE4 streams
 //   files    - whole files in memory and on disk
@@ -120,32 +120,40 @@ BitmapStatus parseBitmapHeader(const uint8_t* h, size_t size, BitmapLayout& l) {
     return BitmapStatus::ok;
 }
 
+uint64_t pixelDataSize(const BitmapLayout& l) {
+    return l.sizeImage ? l.sizeImage : rowBytes(l) * uint64_t(l.height);
+}
+
 uint64_t pixelDataBound(const BitmapLayout& l) {
-    if (l.compression == kRle8 || l.compression == kRle4) {
-        // No useful stream is longer than two bytes per pixel plus an end of line per row.
-        const uint64_t most = 2 * (uint64_t(l.width) * l.height + l.height) + 2;
-        return l.sizeImage && l.sizeImage < most ? l.sizeImage : most;
-    }
-    return rowBytes(l) * uint64_t(l.height);
+    // No useful stream is longer than two bytes per pixel plus an end of line per row.
+    const uint64_t useful = l.compression == kRle8 || l.compression == kRle4
+                                ? 2 * (uint64_t(l.width) * l.height + l.height) + 2
+                                : rowBytes(l) * uint64_t(l.height);
+    const uint64_t size = pixelDataSize(l);
+    return size < useful ? size : useful;
 }
 
 namespace {
 
 // ---- channels ------------------------------------------------------------------------------
 
-// One mask's field, scaled to 0..255 with rounding, so that a field's largest value is 255.
+// One mask's field widened to 8 bits as the platform's conversion widens it: a field of
+// fewer than 8 bits is repeated until 8 bits are filled (5 bits v give v << 3 | v >> 2), a
+// wider one keeps its top 8 bits.
 struct Channel {
-    uint32_t mask = 0, shift = 0;
-    uint64_t max = 0;
+    uint32_t mask = 0, shift = 0, bits = 0;
 
     explicit Channel(uint32_t m) : mask(m) {
         if (!mask) return;  // depths without masks
         while (!((mask >> shift) & 1)) ++shift;
-        max = mask >> shift;
+        while (bits < 32 - shift && (mask >> shift) >> bits) ++bits;
     }
     uint32_t operator()(uint32_t pixel) const {
-        const uint64_t v = (pixel & mask) >> shift;
-        return max ? uint32_t((v * 255 + max / 2) / max) : 0;
+        const uint32_t v = (pixel & mask) >> shift;
+        if (bits >= 8) return v >> (bits - 8);
+        uint32_t wide = 0, filled = 0;
+        for (; filled < 8; filled += bits) wide = wide << bits | v;
+        return wide >> (filled - 8);
     }
 };
 
@@ -178,7 +186,9 @@ void decodeRgb24(const uint8_t* src, uint32_t* dst, int32_t w) {
         dst[x] = uint32_t(src[0]) | uint32_t(src[1]) << 8 | uint32_t(src[2]) << 16;
 }
 
-void decodePlain(const BitmapLayout& l, const uint8_t* data, uint32_t* out) {
+// size bytes of rows: rows beyond them stay black, a row they end inside is read as if zeros
+// followed, as the platform's bitmap section holds zeros behind the data it was given.
+void decodePlain(const BitmapLayout& l, const uint8_t* data, uint64_t size, uint32_t* out) {
     const uint64_t stride = rowBytes(l);
     const int32_t w = l.width, h = l.height;
     const bool standard32 =
@@ -189,8 +199,15 @@ void decodePlain(const BitmapLayout& l, const uint8_t* data, uint32_t* out) {
         lut16.reset(new uint32_t[65536]);
         for (uint32_t v = 0; v < 65536; ++v) lut16[v] = channels(v);
     }
-    for (int32_t y = 0; y < h; ++y) {
+    std::unique_ptr<uint8_t[]> partRow;
+    for (int32_t y = 0; y < h && stride * uint64_t(y) < size; ++y) {
         const uint8_t* src = data + stride * uint64_t(y);
+        if (stride * uint64_t(y + 1) > size) {
+            const size_t held = size_t(size - stride * uint64_t(y));
+            partRow.reset(new uint8_t[stride]());
+            std::memcpy(partRow.get(), src, held);
+            src = partRow.get();
+        }
         uint32_t* dst = out + uint64_t(l.topDown ? y : h - 1 - y) * w;
         switch (l.bitCount) {
         case 24:
@@ -258,8 +275,8 @@ void decodeRle(const BitmapLayout& l, const uint8_t* d, size_t size, uint32_t* o
 
 BitmapStatus decodeBitmapPixels(const BitmapLayout& l, const uint8_t* data, size_t size,
                                 Bitmap& out) {
-    const bool rle = l.compression == kRle8 || l.compression == kRle4;
-    if (!rle && size < pixelDataBound(l)) return BitmapStatus::truncated;
+    const uint64_t bound = pixelDataBound(l);
+    if (size < bound) return BitmapStatus::truncated;
     const uint64_t count = uint64_t(l.width) * l.height;
     if (count == 0 || count > kMaxBitmapPixels) return BitmapStatus::tooLarge;
     uint32_t* pixels = static_cast<uint32_t*>(std::calloc(count, sizeof(uint32_t)));
@@ -267,10 +284,10 @@ BitmapStatus decodeBitmapPixels(const BitmapLayout& l, const uint8_t* data, size
     out.pixels = {pixels, std::free};
     out.width = l.width;
     out.height = l.height;
-    if (rle) {
-        decodeRle(l, data, size, pixels);
+    if (l.compression == kRle8 || l.compression == kRle4) {
+        decodeRle(l, data, size_t(bound), pixels);
     } else {
-        decodePlain(l, data, pixels);
+        decodePlain(l, data, bound, pixels);
     }
     return BitmapStatus::ok;
 }
@@ -284,7 +301,8 @@ BitmapStatus decodeBitmap(const uint8_t* file, size_t size, Bitmap& out) {
         headerSize = le32(file + 10);
     const BitmapStatus status = parseBitmapHeader(file, headerSize, layout);
     if (status != BitmapStatus::ok) return status;
-    if (layout.pixelOffset > size) return BitmapStatus::truncated;
+    if (layout.pixelOffset > size || size - layout.pixelOffset < pixelDataSize(layout))
+        return BitmapStatus::truncated;
     return decodeBitmapPixels(layout, file + layout.pixelOffset, size - layout.pixelOffset, out);
 }
 
@@ -324,12 +342,10 @@ BitmapStatus readBitmapFile(const char* path, Bitmap& out) {
     const BitmapStatus status = parseBitmapHeader(header, got, layout);
     if (status != BitmapStatus::ok) return status;
 
-    // Only what the file holds is read, so a short file costs no large buffer.
+    // The whole pixel data must be there; of it, only what can matter is read.
     const uint64_t held = uint64_t(length) > pixelOffset ? uint64_t(length) - pixelOffset : 0;
-    const uint64_t bound = pixelDataBound(layout);
-    const bool rle = layout.compression == kRle8 || layout.compression == kRle4;
-    if (!rle && held < bound) return BitmapStatus::truncated;
-    const size_t want = size_t(held < bound ? held : bound);
+    if (held < pixelDataSize(layout)) return BitmapStatus::truncated;
+    const size_t want = size_t(pixelDataBound(layout));
     const std::unique_ptr<uint8_t, void (*)(void*)> data(
         static_cast<uint8_t*>(std::malloc(want ? want : 1)), std::free);
     if (!data) return BitmapStatus::tooLarge;

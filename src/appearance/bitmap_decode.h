@@ -52,10 +52,16 @@ struct BitmapLayout {
 // header holds the file from its start, headerSize bytes of it (at most up to the pixel data).
 BitmapStatus parseBitmapHeader(const uint8_t* header, size_t headerSize, BitmapLayout& layout);
 
-// The most pixel data bytes the layout can use: what a reader needs to take from the file.
+// The pixel data's size: the header's image size, or the rows' size when that is 0. A file
+// that holds fewer bytes from its pixel offset on is refused as truncated.
+uint64_t pixelDataSize(const BitmapLayout& layout);
+
+// The bytes of the pixel data that can matter: what a reader needs to take from the file. A
+// pixel data size smaller than the rows leaves the rows it does not reach black.
 uint64_t pixelDataBound(const BitmapLayout& layout);
 
-// Decodes size bytes of pixel data (the file from the layout's pixelOffset on) into out.
+// Decodes the pixel data (the file from the layout's pixelOffset on, at least pixelDataBound
+// bytes of it) into out.
 BitmapStatus decodeBitmapPixels(const BitmapLayout& layout, const uint8_t* data, size_t size,
                                 Bitmap& out);
 

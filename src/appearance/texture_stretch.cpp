@@ -1,9 +1,6 @@
 // Native stretch: each texture pixel is the average of the source area it covers, in exact
 // integer weights. The texture edge is never smaller than the square's, so a texture pixel
 // covers at most two source pixels in each direction; pixels beyond the picture are black.
-// Mirroring follows GDI's rectangles: a destination that starts at side with extent -side
-// covers device pixels side down to 1, so device pixel c shows position side - c, and
-// position side (for c = 0) lies beyond the square and stays black.
 #include "appearance/texture_stretch.h"
 
 #include <cstring>
@@ -19,10 +16,10 @@ struct Tap {
     uint32_t first, weight;
 };
 
-// One tap per position 0..side; position side starts at the square's end, so it is black.
+// One tap per texture position 0..side - 1.
 std::vector<Tap> taps(uint32_t edge, uint32_t side) {
-    std::vector<Tap> t(size_t(side) + 1);
-    for (uint32_t i = 0; i <= side; ++i) {
+    std::vector<Tap> t(side);
+    for (uint32_t i = 0; i < side; ++i) {
         const uint64_t low = uint64_t(i) * edge, high = low + edge;
         const uint64_t first = low / side, boundary = (first + 1) * side;
         t[i] = {uint32_t(first), uint32_t((high < boundary ? high : boundary) - low)};
@@ -43,18 +40,15 @@ uint32_t blend(uint32_t p, uint32_t q, uint32_t a, uint32_t total) {
 
 }  // namespace
 
-bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side, bool mirrorX,
-                       bool mirrorY, uint32_t* out) {
+bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side, uint32_t* out) {
     const uint32_t w = uint32_t(picture.width), h = uint32_t(picture.height);
     const uint32_t rows = h < edge ? h : edge;  // source rows inside the square
     const uint32_t cols = w < edge ? w : edge;
     auto source = [&](uint32_t x, uint32_t y) -> uint32_t {
         return x < cols && y < rows ? picture.pixels[size_t(y) * w + x] : 0;
     };
-    // The position in the stretched square that texture row r (bottom first, so device row
-    // side - 1 - r) and column c show.
-    auto squareRow = [&](uint32_t r) { return mirrorY ? r + 1 : side - 1 - r; };
-    auto squareCol = [&](uint32_t c) { return mirrorX ? side - c : c; };
+    // Texture row r is the square's row side - 1 - r: the texture's first row is its bottom.
+    auto squareRow = [&](uint32_t r) { return side - 1 - r; };
 
     if (edge == side) {  // one source pixel per texture pixel
         for (uint32_t r = 0; r < side; ++r) {
@@ -62,10 +56,10 @@ bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side,
             const uint32_t y = squareRow(r);
             if (y >= rows) {
                 std::memset(dst, 0, size_t(4) * side);
-            } else if (!mirrorX && cols == side) {
+            } else if (cols == side) {
                 std::memcpy(dst, picture.pixels + size_t(y) * w, size_t(4) * side);
             } else {
-                for (uint32_t c = 0; c < side; ++c) dst[c] = source(squareCol(c), y);
+                for (uint32_t c = 0; c < side; ++c) dst[c] = source(c, y);
             }
         }
         return true;
@@ -76,7 +70,7 @@ bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side,
     std::vector<uint32_t> across(size_t(rows) * side);
     for (uint32_t y = 0; y < rows; ++y) {
         for (uint32_t c = 0; c < side; ++c) {
-            const Tap& k = t[squareCol(c)];
+            const Tap& k = t[c];
             across[size_t(y) * side + c] =
                 k.weight == edge ? source(k.first, y)
                                  : blend(source(k.first, y), source(k.first + 1, y), k.weight, edge);

@@ -10,9 +10,8 @@
 
 namespace orv {
 
-// out holds side x side words, written bottom row first as 0x00RRGGBB. mirrorX draws the
-// square right to left, mirrorY bottom to top. False when the platform cannot do it.
-bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side, bool mirrorX,
-                       bool mirrorY, uint32_t* out);
+// out holds side x side words, written bottom row first as 0x00RRGGBB. False when the
+// platform cannot do it.
+bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side, uint32_t* out);
 
 }  // namespace orv

@@ -22,10 +22,10 @@ BITMAPINFO sectionInfo(LONG width, LONG height) {
 }
 
 // Stretch-copies the square (0, 0, edge, edge) of src onto a side x side, 32-bit, bottom-up
-// bitmap section in half-tone mode, brush origin (0, 0), mirrored by a start at side with a
-// negative extent; what the source does not cover stays black.
-bool stretchDcIntoSquare(HDC src, uint32_t edge, uint32_t side, bool mirrorX, bool mirrorY,
-                         uint32_t* out) {
+// bitmap section in half-tone mode, brush origin (0, 0); what the source does not cover stays
+// black. Never mirrored here: GDI clips a mirrored source square to the bitmap and mirrors
+// only what is left, so the build mirrors the whole square afterwards.
+bool stretchDcIntoSquare(HDC src, uint32_t edge, uint32_t side, uint32_t* out) {
     HDC dc = CreateCompatibleDC(src);
     if (!dc) return false;
     const BITMAPINFO info = sectionInfo(LONG(side), LONG(side));  // bottom-up
@@ -37,8 +37,7 @@ bool stretchDcIntoSquare(HDC src, uint32_t edge, uint32_t side, bool mirrorX, bo
         SetStretchBltMode(dc, HALFTONE);
         SetBrushOrgEx(dc, 0, 0, nullptr);
         const int n = int(side);
-        done = StretchBlt(dc, mirrorX ? n : 0, mirrorY ? n : 0, mirrorX ? -n : n,
-                          mirrorY ? -n : n, src, 0, 0, int(edge), int(edge), SRCCOPY) != FALSE;
+        done = StretchBlt(dc, 0, 0, n, n, src, 0, 0, int(edge), int(edge), SRCCOPY) != FALSE;
         GdiFlush();
         if (done) std::memcpy(out, bits, size_t(4) * side * side);
         SelectObject(dc, old);
@@ -50,8 +49,7 @@ bool stretchDcIntoSquare(HDC src, uint32_t edge, uint32_t side, bool mirrorX, bo
 
 }  // namespace
 
-bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side, bool mirrorX,
-                       bool mirrorY, uint32_t* out) {
+bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side, uint32_t* out) {
     HDC dc = CreateCompatibleDC(nullptr);
     if (!dc) return false;
     const BITMAPINFO info = sectionInfo(picture.width, -picture.height);
@@ -61,7 +59,7 @@ bool stretchIntoSquare(const PictureView& picture, uint32_t edge, uint32_t side,
     if (section) {
         std::memcpy(bits, picture.pixels, size_t(4) * picture.width * picture.height);
         const HGDIOBJ old = SelectObject(dc, section);
-        done = stretchDcIntoSquare(dc, edge, side, mirrorX, mirrorY, out);
+        done = stretchDcIntoSquare(dc, edge, side, out);
         SelectObject(dc, old);
         DeleteObject(section);
     }

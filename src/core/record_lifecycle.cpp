@@ -242,7 +242,7 @@ void setTrn(Trn& trn, uint64_t source, uint64_t target, uint64_t object) {
 void getHandleName(const void* handle, char* out) {
     const char* name = static_cast<const char*>(handle);
     size_t n = 0;
-    while (n < 64 && name[n]) ++n;
+    while (n < kHandleNameMost && name[n]) ++n;
     std::memcpy(out, name, n);
     out[n] = '\0';
 }
@@ -250,7 +250,7 @@ void getHandleName(const void* handle, char* out) {
 void setHandleName(void* handle, const char* name) {
     char* record = static_cast<char*>(handle);
     size_t n = 0;
-    while (n < 127 && name[n]) ++n;
+    while (n < kHandleNameMost && name[n]) ++n;
     std::memcpy(record, name, n);
     record[n] = '\0';
 }

@@ -4,6 +4,7 @@
 // A handle is the record's address, which is also the address of its 64-byte name.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "orvanta.h"
@@ -49,11 +50,17 @@ void resetLnk(Lnk& lnk);
 void setTrn(Trn& trn, uint64_t source, uint64_t target, uint64_t object);
 
 // ---- Names and comparisons -----------------------------------------------------------------
-// Copies at most 64 characters of the name and a terminator into out.
+// The most characters a name can hold in any record: 127 and a terminator end before the
+// nearest editor pointer (offset 128, in Trn), and every record is longer than that.
+constexpr size_t kHandleNameMost = 127;
+// Copies the name up to and including its terminator into out. A name that setHandleName
+// stored longer than 64 characters reads back whole; a 64-character name from create has no
+// terminator inside its 64 bytes and reads on into the fields behind it. At most
+// kHandleNameMost characters and a terminator are written, so out needs 128 bytes.
 void getHandleName(const void* handle, char* out);
 // Copies name and its terminator over the record's start. Longer names overwrite the fields
-// behind the name, as hosts expect, but at most 127 characters are taken so that no record's
-// editor pointer (the nearest sits at offset 128, in Trn) is ever overwritten.
+// behind the name, as hosts expect, but at most kHandleNameMost characters are taken, so that
+// no record's editor pointer is ever overwritten.
 void setHandleName(void* handle, const char* name);
 bool matEqual(const void* a, bool aIsBlock, const void* b, bool bIsBlock);
 

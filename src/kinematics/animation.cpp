@@ -66,6 +66,10 @@ struct DrivePass {
     }
 };
 
+// A change passed backwards through a transmission's ratio: a ratio of 2 forwards is 1/2
+// backwards.
+double backwards(double change, double ratio) { return ratio != 0.0 ? change / ratio : 0.0; }
+
 // Passes a change of one link's offsets on through the transmissions of its host object, and
 // on from each driven link. A wave moves every link at most once: a transmission never drives
 // a link that the wave has already moved (the link it started from included), so a circle of
@@ -86,12 +90,10 @@ void propagate(DrivePass& pass, Lnk* link, double dLin, double dRot) {
             lin = dLin * trn->linLin + dRot * trn->rotLin;
             rot = dRot * trn->rotRot + dLin * trn->linRot;
         } else if (target == link) {
-            // Backwards through the inverse of the ratios; a singular pair passes nothing.
+            // Backwards, each pairing by its ratio's reciprocal; a ratio of 0 passes nothing.
             driven = source;
-            const double det = trn->linLin * trn->rotRot - trn->rotLin * trn->linRot;
-            if (det == 0.0) continue;
-            lin = (dLin * trn->rotRot - dRot * trn->rotLin) / det;
-            rot = (dRot * trn->linLin - dLin * trn->linRot) / det;
+            lin = backwards(dLin, trn->linLin) + backwards(dRot, trn->linRot);
+            rot = backwards(dRot, trn->rotRot) + backwards(dLin, trn->rotLin);
         } else {
             continue;
         }

@@ -1,5 +1,5 @@
 // The bitmap reader on files made here, byte by byte: every depth with its exact colours, row
-// order and padding, masks and their scaling, run-length escapes, and each refusal.
+// order and padding, masks and their widening, run-length escapes, and each refusal.
 #include "appearance/bitmap_decode.h"
 
 #include <gtest/gtest.h>
@@ -69,7 +69,7 @@ TEST(BitmapDecode, RowsComeBottomUpUnlessTheHeightIsNegativeAndPaddingIsSkipped)
     }
 }
 
-TEST(BitmapDecode, MaskedChannelsScaleToTheFullRange) {
+TEST(BitmapDecode, MaskedChannelsRepeatTheirBitsToEightBits) {
     struct Case {
         const char* what;
         uint32_t bitCount, compression;
@@ -79,9 +79,10 @@ TEST(BitmapDecode, MaskedChannelsScaleToTheFullRange) {
     };
     const Case cases[] = {
         {"5-5-5 white", 16, 0, {}, 0x7FFF, 0xFFFFFF},
-        {"5-5-5 levels 3, 15, 1", 16, 0, {}, 3 << 10 | 15 << 5 | 1, 25u << 16 | 123u << 8 | 8},
+        {"5-5-5 levels 3, 15, 1", 16, 0, {}, 3 << 10 | 15 << 5 | 1, 24u << 16 | 123u << 8 | 8},
         {"5-5-5 unused top bit", 16, 0, {}, 0x8000, 0},
-        {"5-6-5 green 11", 16, 3, {0xF800, 0x07E0, 0x001F}, 11 << 5, 45u << 8},
+        {"5-6-5 green 11", 16, 3, {0xF800, 0x07E0, 0x001F}, 11 << 5, 44u << 8},
+        {"2-3-1 levels 1, 3, 1", 16, 3, {0x0030, 0x000E, 0x0001}, 0x17, 85u << 16 | 109u << 8 | 255},
         {"5-6-5 white", 16, 3, {0xF800, 0x07E0, 0x001F}, 0xFFFF, 0xFFFFFF},
         {"32 plain, top byte ignored", 32, 0, {}, 0xAA123456, 0x123456},
         {"32 channels reordered", 32, 3, {0x0000FF00, 0x00FF0000, 0xFF000000}, 0x12345678,
@@ -153,6 +154,18 @@ TEST(BitmapDecode, StreamsThatEndEarlyLeaveTheRestBlack) {
     EXPECT_EQ(decode(f), (Pixels{0, 0, 0, 0, 0xFFFFFF, 0xFFFFFF, 0, 0}));
 }
 
+// The header's image size is what is read: rows it does not reach stay black, a row it ends
+// inside reads zeros behind it.
+TEST(BitmapDecode, AnImageSizeShortOfTheRowsLeavesTheirRestBlack) {
+    BmpFile f;  // 2 x 2 at 24 bits: rows of 8 bytes, bottom row first
+    f.width = 2, f.height = 2;
+    f.pixels = {1, 2, 3, 4, 5, 6, 0, 0, 7, 8, 9, 10, 11, 12, 0, 0};
+    f.sizeImage = 12;
+    EXPECT_EQ(decode(f), (Pixels{0x090807, 0x00000A, 0x030201, 0x060504}));
+    f.sizeImage = 6;
+    EXPECT_EQ(decode(f), (Pixels{0, 0, 0x030201, 0x060504}));
+}
+
 TEST(BitmapDecode, RefusesWhatThePlatformDoesNotConvert) {
     struct Case {
         const char* what;
@@ -192,7 +205,16 @@ TEST(BitmapDecode, RefusesWhatThePlatformDoesNotConvert) {
         {"16-byte header", with([](BmpFile& f) { f.headerSize = 16; }), BitmapStatus::unsupported},
         {"core header at 16 bits", with([](BmpFile& f) { f.headerSize = 12, f.bitCount = 16; }),
          BitmapStatus::unsupported},
-        {"one pixel short", with([](BmpFile& f) { f.pixels.resize(2); }), BitmapStatus::truncated},
+        {"one pixel short", with([](BmpFile& f) { f.pixels.resize(2), f.sizeImage = 0; }),
+         BitmapStatus::truncated},
+        {"image size beyond the file", with([](BmpFile& f) { f.sizeImage = 5; }),
+         BitmapStatus::truncated},
+        {"run-length stream cut short",
+         with([](BmpFile& f) { f.bitCount = 8, f.compression = 1, f.sizeImage = 6; }),
+         BitmapStatus::truncated},
+        {"run-length stream without image size shorter than its rows",
+         with([](BmpFile& f) { f.width = 5, f.bitCount = 8, f.compression = 1, f.sizeImage = 0; }),
+         BitmapStatus::truncated},
         {"2^31 pixels", with([](BmpFile& f) { f.width = 65536, f.height = 32768; }),
          BitmapStatus::tooLarge},
         {"height -2^31", with([](BmpFile& f) { f.height = INT32_MIN; }), BitmapStatus::tooLarge},
@@ -221,7 +243,7 @@ TEST(BitmapDecode, RefusesFilesThatAreNoBitmaps) {
 
 TEST(BitmapDecode, FilesOnDiskReadOnlyWhatTheyHold) {
     BmpFile f;  // claims 8192 x 8192 at 32 bits but holds one row
-    f.width = 8192, f.height = 8192, f.bitCount = 32;
+    f.width = 8192, f.height = 8192, f.bitCount = 32, f.sizeImage = 0;
     f.pixels.assign(8192 * 4, 0x7F);
     const std::string path = testing::TempDir() + "bitmap_decode_short.bmp";
     ASSERT_TRUE(f.write(path));

@@ -22,6 +22,7 @@ inline void put32(Bytes& b, uint32_t v) {
 struct BmpFile {
     int32_t width = 1, height = 1;
     uint32_t headerSize = 40, bitCount = 24, compression = 0, clrUsed = 0, planes = 1;
+    int64_t sizeImage = -1;         // the header's image size; -1: the pixels' size
     std::vector<uint32_t> masks;    // written behind a 40-byte header, inside a longer one
     std::vector<uint32_t> colours;  // 0x00RRGGBB
     Bytes pixels;
@@ -41,7 +42,7 @@ struct BmpFile {
             put16(info, planes);
             put16(info, bitCount);
             put32(info, compression);
-            put32(info, uint32_t(pixels.size()));
+            put32(info, uint32_t(sizeImage < 0 ? int64_t(pixels.size()) : sizeImage));
             put32(info, 2835);
             put32(info, 2835);
             put32(info, clrUsed);

@@ -98,15 +98,53 @@ TEST(TextureBuild, SquarePictureLandsBottomRowFirstAndMirrored) {
                 for (uint32_t col = 0; col < 4; ++col) {
                     const uint32_t x = mirrorX ? 4 - col : col;
                     const uint32_t y = mirrorY ? row + 1 : 3 - row;
-#ifdef _WIN32
-                    // GDI's half-tone mode blends mirrored pixels; the texels at the mirrored
-                    // edges are exact.
-                    if ((mirrorX && x < 3) || (mirrorY && y < 3)) continue;
-#endif
                     const uint32_t want = x < 4 && y < 4 ? picture.pixels[size_t(y) * 4 + x] : 0;
                     EXPECT_EQ(slot.at(col, row), rgba(want)) << "texel " << col << ", " << row;
                 }
             }
+        }
+    }
+}
+
+// The mirrors act on the whole square, padding included: a mirrored texture is the unmirrored
+// one mirrored, moved by one texel, for pictures padded, cut and square.
+TEST(TextureBuild, MirroredTexturesAreTheUnmirroredOnesMirrored) {
+    struct Case {
+        int32_t width, height;
+        uint32_t padded, side;
+    };
+    const Case cases[] = {{300, 200, 1, 512}, {300, 200, 0, 256}, {200, 300, 1, 512},
+                          {300, 300, 0, 512}};
+    for (const Case& c : cases) {
+        const Picture picture(c.width, c.height, [](int x, int y) {
+            return uint32_t(x % 256) << 16 | uint32_t(y % 256) << 8 | uint32_t((x + y) / 3 % 256);
+        });
+        Slot plain;
+        plain.s.padded = c.padded;
+        ASSERT_EQ(orv::buildTextureImage(plain.s, picture.view(), false, nullptr),
+                  BuildResult::built);
+        ASSERT_EQ(plain.s.side, c.side);
+        for (int mirror = 1; mirror < 4; ++mirror) {
+            const bool mx = mirror & 1, my = mirror & 2;
+            SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " padded "
+                                            << c.padded << " mirrorX " << mx << " mirrorY " << my);
+            Slot mirrored;
+            mirrored.s.padded = c.padded;
+            mirrored.s.mirrorX = mx, mirrored.s.mirrorY = my;
+            ASSERT_EQ(orv::buildTextureImage(mirrored.s, picture.view(), false, nullptr),
+                      BuildResult::built);
+            int wrong = 0;
+            for (uint32_t row = 0; row < c.side; ++row) {
+                for (uint32_t col = 0; col < c.side; ++col) {
+                    const bool outside = (mx && col == 0) || (my && row == c.side - 1);
+                    const uint32_t want =
+                        outside ? rgba(0)
+                                : plain.at(mx ? c.side - col : col, my ? c.side - 2 - row : row);
+                    if (mirrored.at(col, row) != want && ++wrong <= 3)
+                        ADD_FAILURE() << "texel " << col << ", " << row;
+                }
+            }
+            EXPECT_EQ(wrong, 0);
         }
     }
 }

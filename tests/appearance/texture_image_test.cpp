@@ -41,6 +41,16 @@ struct Material {
 const BmpFile kHalves = bmp24(4, 2, [](int x, int) { return x < 2 ? 0xFF0000u : 0x0000FFu; });
 const BmpFile kRed = bmp24(2, 2, [](int, int) { return 0xFF0000u; });
 
+// A run-length stream whose header's image size runs beyond the end of the file.
+BmpFile shortRunLengthFile() {
+    BmpFile f;
+    f.width = 2, f.height = 2, f.bitCount = 8, f.compression = 1, f.colours = {0, 0xFF0000};
+    f.pixels = {2, 1, 0, 0, 2, 1, 0, 1};
+    f.sizeImage = 40;
+    return f;
+}
+const BmpFile kShortRle = shortRunLengthFile();
+
 // A square picture needs no question; the slots behind the surface hold grey pictures.
 TEST_F(TextureFiles, LoadImageBuildsTheSlot) {
     const std::string path = write("red.bmp", kRed);
@@ -62,14 +72,15 @@ TEST_F(TextureFiles, LoadImageBuildsTheSlot) {
 }
 
 TEST_F(TextureFiles, FailuresShowMessage118AndKeepThePixels) {
-    BmpFile shortFile = kRed;
-    shortFile.pixels.resize(5);
+    BmpFile shortFile = kRed;  // its rows need 16 bytes
+    shortFile.pixels.resize(5), shortFile.sizeImage = 0;
     Bytes notBm = kRed.bytes();
     notBm[0] = 'X';
     const std::string cases[] = {
         folder_.file("missing.bmp"),
         write("notbm.bmp", notBm),
         write("short.bmp", shortFile),
+        write("rle-short.bmp", kShortRle),
         write("empty.bmp", Bytes{}),
     };
     const std::string good = write("halves.bmp", kHalves);
@@ -88,6 +99,7 @@ TEST_F(TextureFiles, FailuresShowMessage118AndKeepThePixels) {
         EXPECT_EQ(BoxRecorder::shown()[0].style, orv::kMbOk | orv::kMbIconExclamation);
         EXPECT_EQ(+m.mat.slots[0].pixels, before);
         EXPECT_EQ(m.mat.slots[0].side, 4u);
+        EXPECT_EQ(m.mat.slots[0].padded, 1u);
 
         BoxRecorder::shown().clear();  // quiet: the same failure without a box
         EXPECT_EQ(orv::loadTextureImage(m.mat.slots[0], path.c_str(), true, true, nullptr), 0);
@@ -151,8 +163,9 @@ TEST_F(TextureFiles, HostLoadSetsSourceAndPathOnlyOnSuccess) {
     EXPECT_EQ(s.side, 2u);
     EXPECT_EQ(IsMatTexture(mat), 0);  // slot 2 is not the surface
 
-    const std::string missing = folder_.file("none.bmp");
-    EXPECT_EQ(LoadMatTexture(mat, 2, missing.c_str(), 1), 0);  // no box: the export is quiet
+    const std::string cut = write("rle-short.bmp", kShortRle);
+    EXPECT_EQ(LoadMatTexture(mat, 2, cut.c_str(), 1), 0);  // no box: the export is quiet
+    EXPECT_EQ(s.source, 1u);
     EXPECT_STREQ(s.imagePath, good.c_str());
     EXPECT_EQ(s.padded, 0u);
     EXPECT_EQ(s.side, 2u);

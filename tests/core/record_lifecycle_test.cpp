@@ -47,28 +47,35 @@ TEST_F(RecordTest, NamesAreCopiedWithA64CharacterBound) {
     EXPECT_STREQ(k->name, "");  // links and transmissions have no default name
     DisposeEnv(e), DisposeLgt(l), DisposeMat(m), DisposeLnk(k);
 
-    // 70 characters: the first 64 fill the field without a terminator; nothing spills over.
+    // 70 characters: the first 64 fill the field without a terminator, so the name reads on
+    // into the record: `active` (1) and then the zero bytes of its high part.
     const std::string longName(70, 'x');
     Trn* trn = CreateTrn(longName.c_str());
     EXPECT_EQ(std::string(trn->name, 64), std::string(64, 'x'));
     EXPECT_EQ(trn->active, 1);
-    char out[65];
+    char out[129];
+    std::memset(out, '#', sizeof out);
     GetHandleName(trn, out);
-    EXPECT_EQ(std::string(out), std::string(64, 'x'));
+    EXPECT_EQ(std::string(out), std::string(64, 'x') + "\x01");
     DisposeTrn(trn);
 }
 
+// Longer names overwrite the fields behind the name and read back whole, up to 127 characters.
 TEST_F(RecordTest, SetHandleNameOverwritesTheFieldsBehindTheName) {
-    Mat* mat = CreateMat("a");
-    SetHandleName(mat, std::string(70, 'y').c_str());  // 71 bytes: into ambient.x
-    char out[65];
-    GetHandleName(mat, out);
-    EXPECT_EQ(std::string(out), std::string(64, 'y'));
-    EXPECT_NE(+mat->ambient.x, 1.0);
-    SetHandleName(mat, "Stahl");
-    GetHandleName(mat, out);
+    Trn* trn = CreateTrn("a");
+    char out[129];
+    for (size_t length : {70u, 127u, 200u}) {
+        SetHandleName(trn, std::string(length, 'y').c_str());
+        std::memset(out, '#', sizeof out);
+        GetHandleName(trn, out);
+        EXPECT_EQ(std::string(out), std::string(length < 127 ? length : 127, 'y'));
+        EXPECT_EQ(trn->tool, nullptr);
+    }
+    EXPECT_NE(trn->active, 1);
+    SetHandleName(trn, "Stahl");
+    GetHandleName(trn, out);
     EXPECT_STREQ(out, "Stahl");
-    DisposeMat(mat);
+    DisposeTrn(trn);
 }
 
 // A stored record image lends exactly its documented byte ranges to a new record.

@@ -4,6 +4,7 @@
 // worked out by hand.
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -111,6 +112,43 @@ TEST(Animation, RetargetedTransmissionDrivesItsNewTarget) {
     EXPECT_PLACE(h, a, (OrvVec3{0, 0, 0}), 2, 0, 0);
 }
 
+// A transmission drives its second link from its first by the ratios, and its first from its
+// second by their reciprocals (a ratio of 0 passing nothing); the default drives both ways.
+TEST(Animation, TransmissionsDriveBothWays) {
+    struct Case {
+        const char* what;
+        double linLin, linRot, rotRot, rotLin;
+        int32_t invert;
+        bool fromSecond;
+        double lin, rot;  // the other link's offsets after changes dLin 1, dRot 2
+    };
+    const Case cases[] = {
+        {"default, forwards", 1, 1, 1, 1, 0, false, 3, 3},
+        {"default, backwards", 1, 1, 1, 1, 0, true, 3, 3},
+        {"unequal, forwards", 2, 4, 0.5, 0, 0, false, 2, 5},
+        {"unequal, backwards", 2, 4, 0.5, 0, 0, true, 1, 4},
+        {"inverted, backwards", 2, 4, 0.5, 0, 1, true, -1, -4},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        SceneHost h;
+        const uint64_t f = h.add(0), a = h.add(0), b = h.add(0);
+        Lnk& first = h.link(f, a, {1, 0, 0}, {0, 0, 0});
+        Lnk& second = h.link(f, b, {1, 0, 0}, {0, 0, 0});
+        Trn& t = h.transmission(first, second, {&first, &second});
+        t.linLin = c.linLin, t.linRot = c.linRot, t.rotRot = c.rotRot, t.rotLin = c.rotLin;
+        t.invert = c.invert;
+        Lnk& driver = c.fromSecond ? second : first;
+        Lnk& other = c.fromSecond ? first : second;
+        setLinearDrive(driver.linDrive, 4, 1);  // 1 at t = 0.25
+        setLinearDrive(driver.rotDrive, 8, 1);  // 2 at t = 0.25
+        h.install();
+        EXPECT_EQ(Animation(0.25, 0), 0);
+        EXPECT_EQ(+other.linOffset, c.lin);
+        EXPECT_EQ(+other.rotOffset, c.rot);
+    }
+}
+
 TEST(Animation, CircleOfTransmissionsEnds) {
     SceneHost h;
     const uint64_t f = h.add(0), a = h.add(0), b = h.add(0);
@@ -124,6 +162,27 @@ TEST(Animation, CircleOfTransmissionsEnds) {
     EXPECT_EQ(Animation(0.5, 0), 0);
     EXPECT_EQ(+one.linOffset, 0.5);
     EXPECT_EQ(+two.linOffset, 1.5);
+}
+
+// one -> two -> three -> one, driven at three: backwards into two (1/4), on backwards into one
+// (1/2 of that); the way on from one and from three meets links the wave has moved.
+TEST(Animation, CircleOfTransmissionsEndsBackwardsToo) {
+    SceneHost h;
+    const uint64_t f = h.add(0);
+    Lnk& one = h.link(f, h.add(0), {1, 0, 0}, {0, 0, 0});
+    Lnk& two = h.link(f, h.add(0), {1, 0, 0}, {0, 0, 0});
+    Lnk& three = h.link(f, h.add(0), {1, 0, 0}, {0, 0, 0});
+    setLinearDrive(three.linDrive, 2, 1);
+    for (auto [from, to, ratio] : {std::tuple{&one, &two, 2.0}, {&two, &three, 4.0},
+                                   {&three, &one, 8.0}}) {
+        Trn& t = h.transmission(*from, *to, {from, to});
+        t.linLin = ratio, t.linRot = t.rotRot = t.rotLin = 0;
+    }
+    h.install();
+    EXPECT_EQ(Animation(0.5, 0), 0);
+    EXPECT_EQ(+three.linOffset, 1.0);
+    EXPECT_EQ(+two.linOffset, 0.25);
+    EXPECT_EQ(+one.linOffset, 0.125);
 }
 
 TEST(Animation, PathsCarryTheBodyByArcLength) {
