@@ -13,6 +13,7 @@
  *   5. Kinematics: the host's object-tree callbacks and the joint tree
  *   6. Raytracing
  *   7. Textures: bitmap files and text made into a slot's square image
+ *   8. Editors: the record families' tools (Windows only)
  *
  * Every record is a fixed-size block packed on 4-byte boundaries; hosts store the blocks byte
  * for byte in their documents, so the layouts below are a storage format. A record handle is
@@ -470,6 +471,27 @@ ORVANTA_API int32_t LoadMatTexture(Mat* mat, int32_t slot, const char* path, int
  *  no message. Returns 1 when the slot holds what its source asks for (no pixels for source
  *  0), else 0, with no pixels. */
 ORVANTA_API int32_t RebuildMatTexture(Mat* mat, int32_t slot);
+
+/* ---------------------------------------------------------------------------------------- */
+/* 8. Editors: the record families' tools (Windows only)                                    */
+/*    A tool is a modeless property sheet, owned by the host's window, on a thread of its    */
+/*    own; its pages write the live record. Each record has at most one tool. The apply    */
+/*    callback runs on the tool's thread: reason 0 on OK (Apply), 1 for a live change and   */
+/*    after Cancel has restored the record as it was when the tool opened. Dispose* of a    */
+/*    record closes its tool first (restoring nothing, calling nothing) and waits for it.   */
+/* ---------------------------------------------------------------------------------------- */
+
+/** The host's apply callback: (owner window, record, callback data, reason). */
+typedef int32_t (*OrvApplyCallback)(void* owner, void* record, void* data, int32_t reason);
+
+/** Opens the transmission tool over trn: one page with "aktiv", "invers" and the four ratios,
+ *  titled with the transmission's name. Edits are stored when the edit is left; OK calls back
+ *  with reason 0; Cancel restores the values held when the tool opened and calls nothing.
+ *  Returns 0 when trn already has a tool, else 1 (the sheet may not exist yet). */
+ORVANTA_API int32_t OpenTrnTool(void* owner, Trn* trn, OrvApplyCallback callback, void* data);
+/** Serves the calling thread's messages until trn's tool has closed and its thread has ended;
+ *  returns 1 at once when it has none. */
+ORVANTA_API int32_t WaitTrnTool(Trn* trn);
 
 #ifdef __cplusplus
 } /* extern "C" */

@@ -1,7 +1,6 @@
 #include "appearance/texture_build.h"
 
-#include <algorithm>
-
+#include "appearance/texture_mirror.h"
 #include "appearance/texture_stretch.h"
 #include "core/checked_alloc.h"
 #include "core/message_box.h"
@@ -29,22 +28,6 @@ void finishTexturePixels(uint32_t* pixels, size_t count, bool inverted, bool gre
         bytes[1] = uint8_t(green);
         bytes[2] = uint8_t(blue);
         bytes[3] = 255;
-    }
-}
-
-void mirrorTexturePixels(uint32_t* pixels, uint32_t side, bool mirrorX, bool mirrorY) {
-    if (mirrorX) {
-        for (uint32_t r = 0; r < side; ++r) {
-            uint32_t* row = pixels + size_t(r) * side;
-            std::reverse(row + 1, row + side);
-            row[0] = 0;
-        }
-    }
-    if (mirrorY) {
-        for (uint32_t r = 0; r + 1 < side - 1 - r; ++r)
-            std::swap_ranges(pixels + size_t(r) * side, pixels + size_t(r + 1) * side,
-                             pixels + size_t(side - 2 - r) * side);
-        std::fill(pixels + size_t(side - 1) * side, pixels + size_t(side) * side, 0u);
     }
 }
 

@@ -36,13 +36,6 @@ BuildResult buildTextureImage(OrvTextureSlot& slot, const PictureView& picture, 
 // blue, 255; then the complement when inverted, then the average of the three when grey.
 void finishTexturePixels(uint32_t* pixels, size_t count, bool inverted, bool grey);
 
-// Step 4's mirroring on the stretched square (side x side words, bottom row first), as GDI's
-// rectangles make it: a destination that starts at side with extent -side covers device
-// pixels side down to 1, so the picture moves by one texel, its first column (or bottom row)
-// falls off and the column (row) at device pixel 0 is black. The whole square is mirrored,
-// padding included.
-void mirrorTexturePixels(uint32_t* pixels, uint32_t side, bool mirrorX, bool mirrorY);
-
 // Puts a finished side x side buffer (from checkedAlloc) into the slot under the texture lock,
 // freeing the old one.
 void installTexturePixels(OrvTextureSlot& slot, uint32_t side, uint32_t* pixels);

@@ -138,24 +138,23 @@ Trn* createTrn(const char* name) {
 }
 
 void disposeEnv(Env* env) {
-    closeTool(env->tool, false);
+    closeTool(&env->tool);
     checkedFree(env);
 }
 
 void disposeLgt(Lgt* lgt) {
-    closeTool(lgt->tool, false);
+    closeTool(&lgt->tool);
     checkedFree(lgt);
 }
 
 void disposeMat(Mat* mat) {
-    // The material editor's pages use the texture buffers freed below: wait for its thread.
-    closeTool(mat->tool, true);
+    closeTool(&mat->tool);
     freeImages(*mat);
     checkedFree(mat);
 }
 
 void disposeLnk(Lnk* lnk) {
-    closeTool(lnk->tool, false);
+    closeTool(&lnk->tool);
     if (lnk->pathCount > 0) {
         checkedFree(lnk->pathPoints);
         checkedFree(lnk->pathBulges);
@@ -164,7 +163,7 @@ void disposeLnk(Lnk* lnk) {
 }
 
 void disposeTrn(Trn* trn) {
-    closeTool(trn->tool, false);
+    closeTool(&trn->tool);
     checkedFree(trn);
 }
 

@@ -1,13 +1,40 @@
-// The block of an open editor. The record's tool pointer points to it while the editor exists;
-// the editor's thread frees it when it ends.
+// The block of an open editor ("tool"). The record's tool pointer points to it while the
+// editor exists; the editor's thread frees it when it ends.
 #pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "i18n/localise.h"
 
 namespace orv {
 
+struct ToolFamily;
+
+// The host's apply callback: (owner window, record or null, callback data, reason); reason 0
+// on Apply, 1 for a live change and after Cancel has restored the record.
+using ApplyCallback = int32_t (*)(void* owner, void* record, void* data, int32_t reason);
+
 struct ToolBlock {
-    void* sheet = nullptr;   // the property sheet's window, null once destroyed
-    void* owner = nullptr;   // the host's window
-    void* thread = nullptr;  // the editor thread's handle (kept for the material editor)
+    char caption[kLocalisedMax] = {};  // the sheet's caption
+    void* sheet = nullptr;             // the property sheet's window, null once destroyed
+    void* owner = nullptr;             // the host's window: the sheet's parent
+    ApplyCallback callback = nullptr;
+    void* data = nullptr;              // the callback's data
+    uint64_t hostValues[4] = {};       // passed through to the pages
+    int32_t flag = 0;                  // the environment tool's page flag (OpenEnvTool 1)
+    void* record = nullptr;            // the record edited; null once its Dispose took it
+    void* thread = nullptr;            // the editor thread's handle
+    uint32_t threadId = 0;
+    const ToolFamily* family = nullptr;
+    void* snapshot = nullptr;          // the fields Cancel restores, taken by the thread
+    std::atomic<bool> disposing{false};  // Dispose is closing the sheet: restore nothing
+    bool restored = false;             // Cancel has restored the snapshot
+
+    // The host learns of a change; nothing once Dispose is closing the sheet.
+    void notifyHost(int32_t reason);
+    // Cancel: the snapshot back into the record (once), then reason 1 where the family wants it.
+    void cancel();
 };
 
 }  // namespace orv

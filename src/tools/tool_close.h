@@ -3,10 +3,12 @@
 
 namespace orv {
 
-// Sends the editor's sheet a close message and ends it as a dialog. With waitForThread the
-// caller then serves its own messages until the editor's thread has ended (the material
-// editor's pages use texture buffers that disposing frees). toolBlock is the record's tool
-// pointer; null does nothing.
-void closeTool(void* toolBlock, bool waitForThread);
+// When toolPointer (the record's tool pointer) holds an editor: sends its sheet a close
+// message and ends it as a dialog, then serves the caller's messages until the editor's thread
+// has ended, so that the thread never touches the record once the caller frees it. The sheet
+// closes as Dispose closes it: nothing is restored and the host is not called. Called from
+// within the editor's own thread (a callback that disposes of the record), the record is
+// taken out of the editor instead.
+void closeTool(void** toolPointer);
 
 }  // namespace orv

@@ -5,7 +5,7 @@
 #include <cctype>
 #include <vector>
 
-#include "kinematics/box_watch.h"
+#include "support/box_watch.h"
 #include "kinematics/host_tree.h"
 
 namespace {

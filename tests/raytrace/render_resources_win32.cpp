@@ -2,36 +2,16 @@
 // closes its worker threads' handles and destroys its hidden window, and frees its scene and
 // row buffers, whether it ran to the end or was cancelled.
 #include <gtest/gtest.h>
-// psapi.h uses the types of windows.h.
-// clang-format off
 #include <windows.h>
-#include <psapi.h>
-// clang-format on
 
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 
 #include "render_cycles.h"
+#include "support/process_usage_win32.h"
 
 namespace {
-
-struct ProcessUsage {
-    DWORD handles = 0;
-    SIZE_T workingSet = 0;
-    SIZE_T pagefile = 0;  // committed private memory
-};
-
-// GetProcessHandleCount; Wine answers 0, so there the handle table is probed instead.
-DWORD openHandles() {
-    DWORD count = 0;
-    if (GetProcessHandleCount(GetCurrentProcess(), &count) && count > 0) return count;
-    DWORD flags = 0;
-    for (uintptr_t value = 4; value < 0x10000; value += 4) {
-        if (GetHandleInformation(reinterpret_cast<HANDLE>(value), &flags)) ++count;
-    }
-    return count;
-}
 
 // The hidden windows of the raytrace driver on this thread (window handles are not counted
 // among the process's handles).
@@ -47,18 +27,6 @@ int raytraceWindows() {
         },
         reinterpret_cast<LPARAM>(&count));
     return count;
-}
-
-ProcessUsage usageNow() {
-    ProcessUsage usage;
-    usage.handles = openHandles();
-    PROCESS_MEMORY_COUNTERS counters = {};
-    counters.cb = sizeof(counters);
-    if (GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters))) {
-        usage.workingSet = counters.WorkingSetSize;
-        usage.pagefile = counters.PagefileUsage;
-    }
-    return usage;
 }
 
 TEST(RenderResourcesTest, RenderCancelCyclesLeaveHandlesAndMemoryAsTheyWere) {
@@ -78,11 +46,7 @@ TEST(RenderResourcesTest, RenderCancelCyclesLeaveHandlesAndMemoryAsTheyWere) {
     }
     const ProcessUsage after = usageNow();
     SetRaytraceThreads(2);
-    std::printf(
-        "render/cancel cycles: handles %lu -> %lu, working set %zu -> %zu KiB, "
-        "pagefile %zu -> %zu KiB\n",
-        before.handles, after.handles, before.workingSet / 1024, after.workingSet / 1024,
-        before.pagefile / 1024, after.pagefile / 1024);
+    std::printf("render/cancel cycles: %s\n", usageChange(before, after).c_str());
     ASSERT_NE(0u, before.handles);
     ASSERT_NE(0u, before.pagefile);
     EXPECT_LE(after.handles, before.handles + 4);

@@ -3,7 +3,7 @@
 #include <atomic>
 #include <thread>
 
-#include "kinematics/box_watch.h"
+#include "support/box_watch.h"
 
 struct BoxWatch::Impl {
     std::vector<ShownBox> boxes;
@@ -15,8 +15,9 @@ struct BoxWatch::Impl {
         char className[16] = "";
         GetWindowThreadProcessId(window, &process);
         GetClassNameA(window, className, sizeof className);
+        // A message box is a dialog with its text in control 0xFFFF; sheets are dialogs too.
         if (process != GetCurrentProcessId() || lstrcmpA(className, "#32770") != 0 ||
-            !IsWindowVisible(window))
+            !IsWindowVisible(window) || !GetDlgItem(window, 0xFFFF))
             return TRUE;
         *reinterpret_cast<HWND*>(found) = window;
         return FALSE;

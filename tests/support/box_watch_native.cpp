@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "core/message_box.h"
-#include "kinematics/box_watch.h"
+#include "support/box_watch.h"
 
 namespace {
 std::vector<ShownBox>* recording = nullptr;

@@ -1,0 +1,278 @@
+// The editors' mechanism, shared by every record family:
+//   lock      - who holds an editor: the record's tool pointer, under the framework's lock
+//   block     - the host's callback, Cancel's restore
+//   thread    - the sheet, its message loop and the clean-up
+//   host side - Open, Wait, and Dispose's close
+#include <windows.h>
+
+#include <commctrl.h>
+#include <prsht.h>
+
+#include <cstring>
+#include <new>
+
+#include "core/checked_alloc.h"
+#include "core/library_module.h"
+#include "i18n/localise.h"
+#include "tools/dialog_list_win32.h"
+#include "tools/tool_close.h"
+#include "tools/tool_family.h"
+#include "tools/tool_framework.h"
+#include "tools/tool_page_win32.h"
+
+namespace orv {
+
+namespace {
+
+// ---- lock ----------------------------------------------------------------------------------
+
+// Guards every record's tool pointer and a block's thread handle, sheet and record, so that a
+// block is never freed while the host's thread reads it. Held only for a few stores.
+SRWLOCK toolsLock = SRWLOCK_INIT;
+
+struct ToolsLock {
+    ToolsLock() { AcquireSRWLockExclusive(&toolsLock); }
+    ~ToolsLock() { ReleaseSRWLockExclusive(&toolsLock); }
+};
+
+void* loadToolPointer(void** toolPointer) { return __atomic_load_n(toolPointer, __ATOMIC_ACQUIRE); }
+void storeToolPointer(void** toolPointer, void* value) {
+    __atomic_store_n(toolPointer, value, __ATOMIC_RELEASE);
+}
+
+}  // namespace
+
+// ---- block ---------------------------------------------------------------------------------
+
+void ToolBlock::notifyHost(int32_t reason) {
+    if (callback && record && !disposing) callback(owner, record, data, reason);
+}
+
+void ToolBlock::cancel() {
+    if (restored || disposing || !record) return;
+    restored = true;
+    family->restoreSnapshot(record, snapshot);
+    if (family->callbackAfterCancel) notifyHost(1);
+}
+
+namespace {
+
+// ---- thread --------------------------------------------------------------------------------
+
+// The pages of one sheet, with what PropertySheet needs of them.
+struct SheetPages {
+    static constexpr size_t kMost = 64;
+    ToolPage* page[kMost] = {};
+    PROPSHEETPAGEA sheetPage[kMost] = {};
+    char title[kMost][kLocalisedMax] = {};
+    size_t count = 0;
+
+    SheetPages(ToolBlock& tool) {
+        const PageDesign* designs = nullptr;
+        count = tool.family->pages(tool, &designs);
+        if (count > kMost) count = kMost;
+        for (size_t i = 0; i < count; ++i) {
+            const PageDesign& d = designs[i];
+            page[i] = d.make(tool, d);
+            if (d.titleId) {
+                loadLocalisedString(d.titleId, title[i]);
+            } else {
+                std::memcpy(title[i], tool.record, 64);  // a 64-character name has no terminator
+                if (!title[i][0]) loadLocalisedString(tool.family->captionId, title[i]);
+            }
+            PROPSHEETPAGEA& p = sheetPage[i];
+            p.dwSize = sizeof p;
+            p.dwFlags = PSP_USETITLE;
+            p.hInstance = static_cast<HINSTANCE>(libraryModule());
+            p.pszTemplate = MAKEINTRESOURCEA(d.templateId);
+            p.pfnDlgProc = ToolPage::procedure;
+            p.pszTitle = title[i];
+            p.lParam = reinterpret_cast<LPARAM>(page[i]);
+        }
+    }
+    // The page windows forget their objects before these go.
+    void release(HWND sheet) {
+        for (size_t i = 0; sheet && i < count; ++i) {
+            HWND window = reinterpret_cast<HWND>(SendMessageA(sheet, PSM_INDEXTOHWND, i, 0));
+            if (window) SetWindowLongPtrA(window, DWLP_USER, 0);
+        }
+        for (size_t i = 0; i < count; ++i) delete page[i];
+        count = 0;
+    }
+};
+
+// The sheet's own buttons in the library's language rather than the system's.
+void localiseSheetButtons(HWND sheet) {
+    const struct {
+        int id;
+        int32_t text;
+    } buttons[] = {{IDOK, 300}, {IDCANCEL, 301}};
+    for (const auto& b : buttons) {
+        char text[kLocalisedMax];
+        loadLocalisedString(b.text, text);
+        SetDlgItemTextA(sheet, b.id, text);
+    }
+}
+
+HWND createSheet(ToolBlock& tool, SheetPages& pages) {
+    PROPSHEETHEADERA header = {};
+    header.dwSize = sizeof header;
+    header.dwFlags = PSH_MODELESS | PSH_NOAPPLYNOW | PSH_PROPSHEETPAGE | PSH_USEICONID;
+    header.hwndParent = static_cast<HWND>(tool.owner);
+    header.hInstance = static_cast<HINSTANCE>(libraryModule());
+    header.pszIcon = MAKEINTRESOURCEA(tool.family->iconId);
+    header.pszCaption = tool.caption;
+    header.nPages = UINT(pages.count);
+    header.nStartPage = 0;
+    header.ppsp = pages.sheetPage;
+    return reinterpret_cast<HWND>(PropertySheetA(&header));
+}
+
+// Runs until the sheet has no current page (OK or Cancel) or is sent a close message; false
+// when a quit message ended it.
+bool runSheet(HWND sheet) {
+    MSG msg;
+    for (;;) {
+        if (GetMessageA(&msg, nullptr, 0, 0) <= 0) return false;
+        if (!takenAsDialogMessage(msg)) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
+        if (!SendMessageA(sheet, PSM_GETCURRENTPAGEHWND, 0, 0)) return true;
+        if (msg.message == WM_CLOSE && msg.hwnd == sheet) return true;
+    }
+}
+
+DWORD WINAPI toolThread(void* parameter) {
+    ToolBlock& tool = *static_cast<ToolBlock*>(parameter);
+    INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_WIN95_CLASSES};
+    InitCommonControlsEx(&controls);
+    tool.snapshot = tool.family->takeSnapshot(tool.record);
+
+    SheetPages& pages = *new (checkedAlloc(sizeof(SheetPages))) SheetPages(tool);
+    HWND sheet = pages.count ? createSheet(tool, pages) : nullptr;
+    bool disposing;
+    {
+        ToolsLock lock;
+        tool.sheet = sheet;
+        disposing = tool.disposing;
+    }
+    bool cleanUp = true;
+    if (sheet) {
+        SetWindowLongPtrA(sheet, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&tool));
+        localiseSheetButtons(sheet);
+        SendMessageA(sheet, PSM_SETCURSEL, 0, 0);
+        SetWindowPos(sheet, HWND_TOPMOST, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+        // Dispose came before the sheet existed: it closes at once.
+        if (disposing) PostMessageA(sheet, WM_CLOSE, 0, 0);
+        addDialog(sheet);
+        cleanUp = runSheet(sheet);
+        removeDialog(sheet);
+        if (cleanUp) DestroyWindow(sheet);
+    }
+    pages.release(cleanUp ? nullptr : sheet);
+    pages.~SheetPages();
+    checkedFree(&pages);
+
+    {
+        ToolsLock lock;
+        tool.sheet = nullptr;
+        if (tool.record) storeToolPointer(tool.family->toolPointer(tool.record), nullptr);
+        CloseHandle(tool.thread);
+    }
+    tool.family->freeSnapshot(tool.snapshot);
+    tool.~ToolBlock();
+    checkedFree(&tool);
+    return 0;
+}
+
+}  // namespace
+
+// ---- host side -----------------------------------------------------------------------------
+
+int32_t openTool(const ToolFamily& family, void* record, const ToolRequest& request) {
+    void** toolPointer = family.toolPointer(record);
+    ToolsLock lock;
+    if (loadToolPointer(toolPointer)) return 0;
+    ToolBlock* tool = new (checkedAlloc(sizeof(ToolBlock))) ToolBlock;
+    loadLocalisedString(family.captionId, tool->caption);
+    if (family.nameInCaption) {
+        const size_t at = std::strlen(tool->caption);
+        if (at + 1 < kLocalisedMax) {
+            tool->caption[at] = ' ';
+            size_t n = 0;
+            const char* name = static_cast<const char*>(record);
+            while (n < 64 && name[n] && at + 1 + n + 1 < kLocalisedMax) ++n;
+            std::memcpy(tool->caption + at + 1, name, n);
+            tool->caption[at + 1 + n] = '\0';
+        }
+    }
+    tool->owner = request.owner;
+    tool->callback = request.callback;
+    tool->data = request.data;
+    std::memcpy(tool->hostValues, request.hostValues, sizeof tool->hostValues);
+    tool->flag = request.flag;
+    tool->record = record;
+    tool->family = &family;
+    storeToolPointer(toolPointer, tool);
+    // The lock is held until the handle is stored: the thread closes it when it ends.
+    DWORD id = 0;
+    tool->thread = CreateThread(nullptr, 0, toolThread, tool, 0, &id);
+    tool->threadId = id;
+    if (!tool->thread) {
+        storeToolPointer(toolPointer, nullptr);
+        tool->~ToolBlock();
+        checkedFree(tool);
+        return 0;
+    }
+    return 1;
+}
+
+int32_t waitTool(const ToolFamily& family, void* record) {
+    void** toolPointer = family.toolPointer(record);
+    while (loadToolPointer(toolPointer)) {
+        MSG msg;
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
+    }
+    return 1;
+}
+
+void closeTool(void** toolPointer) {
+    HWND sheet = nullptr;
+    HANDLE thread = nullptr;
+    {
+        ToolsLock lock;
+        ToolBlock* tool = static_cast<ToolBlock*>(loadToolPointer(toolPointer));
+        if (!tool) return;
+        tool->disposing = true;
+        sheet = static_cast<HWND>(tool->sheet);
+        if (tool->threadId == GetCurrentThreadId()) {
+            // Disposed of from the editor's own thread (inside a callback): the record leaves
+            // the editor now, and the thread's clean-up finds nothing to clear.
+            tool->record = nullptr;
+            storeToolPointer(toolPointer, nullptr);
+        } else {
+            DuplicateHandle(GetCurrentProcess(), tool->thread, GetCurrentProcess(), &thread,
+                            SYNCHRONIZE, FALSE, 0);
+        }
+    }
+    if (sheet) {
+        SendMessageA(sheet, WM_CLOSE, 0, 0);
+        EndDialog(sheet, 0);
+    }
+    if (!thread) return;
+    // Serve the caller's windows while the editor thread finishes: it may send to them.
+    while (MsgWaitForMultipleObjects(1, &thread, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0) {
+        MSG msg;
+        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+            TranslateMessage(&msg);
+            DispatchMessageA(&msg);
+        }
+    }
+    CloseHandle(thread);
+}
+
+}  // namespace orv
