@@ -1,5 +1,6 @@
 // A thread's modeless dialogs: the windows whose keyboard navigation the thread's message
-// loop serves. 32 slots; registration takes the first free one.
+// loop serves. A table of 32 slots per thread, made on the first registration and freed by
+// freeDialogList; registration takes the first free slot.
 #pragma once
 
 #include <windows.h>
@@ -10,5 +11,7 @@ bool addDialog(HWND dialog);
 void removeDialog(HWND dialog);
 // True when one of the thread's dialogs took msg as a dialog message.
 bool takenAsDialogMessage(MSG& msg);
+// Frees the calling thread's table (before the thread ends).
+void freeDialogList();
 
 }  // namespace orv

@@ -117,10 +117,14 @@ void localiseSheetButtons(HWND sheet) {
 HWND createSheet(ToolBlock& tool, SheetPages& pages) {
     PROPSHEETHEADERA header = {};
     header.dwSize = sizeof header;
-    header.dwFlags = PSH_MODELESS | PSH_NOAPPLYNOW | PSH_PROPSHEETPAGE | PSH_USEICONID;
+    header.dwFlags = PSH_MODELESS | PSH_NOAPPLYNOW | PSH_PROPSHEETPAGE | PSH_USEHICON;
     header.hwndParent = static_cast<HWND>(tool.owner);
     header.hInstance = static_cast<HINSTANCE>(libraryModule());
-    header.pszIcon = MAKEINTRESOURCEA(tool.family->iconId);
+    // Loaded once and shared: a sheet given the icon's id loads a copy of its own that is
+    // never destroyed.
+    header.hIcon = static_cast<HICON>(LoadImageA(header.hInstance,
+                                                 MAKEINTRESOURCEA(tool.family->iconId),
+                                                 IMAGE_ICON, 0, 0, LR_DEFAULTSIZE | LR_SHARED));
     header.pszCaption = tool.caption;
     header.nPages = UINT(pages.count);
     header.nStartPage = 0;
@@ -168,11 +172,13 @@ DWORD WINAPI toolThread(void* parameter) {
         addDialog(sheet);
         cleanUp = runSheet(sheet);
         removeDialog(sheet);
+        if (cleanUp && tool.disposing) EndDialog(sheet, 0);
         if (cleanUp) DestroyWindow(sheet);
     }
     pages.release(cleanUp ? nullptr : sheet);
     pages.~SheetPages();
     checkedFree(&pages);
+    freeDialogList();
 
     {
         ToolsLock lock;
@@ -259,10 +265,9 @@ void closeTool(void** toolPointer) {
                             SYNCHRONIZE, FALSE, 0);
         }
     }
-    if (sheet) {
-        SendMessageA(sheet, WM_CLOSE, 0, 0);
-        EndDialog(sheet, 0);
-    }
+    // The sheet ends as a dialog (result 0) on its own thread, once the close message has been
+    // handled: ending it from here would race with that thread destroying it.
+    if (sheet) SendMessageA(sheet, WM_CLOSE, 0, 0);
     if (!thread) return;
     // Serve the caller's windows while the editor thread finishes: it may send to them.
     while (MsgWaitForMultipleObjects(1, &thread, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0) {

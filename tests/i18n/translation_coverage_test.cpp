@@ -1,8 +1,9 @@
 // translations/en.ltx translates every tag the resources carry: the string table's ids and
-// the $ppp.iii tags of the dialogs and menus.
+// the $ppp.iii tags of the dialogs and menus in every resource script.
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <set>
@@ -29,10 +30,15 @@ std::set<std::string> tagsInResources() {
         std::snprintf(tag, sizeof tag, "$000.%03i", std::stoi((*m)[1]));
         tags.insert(tag);
     }
-    const std::string script = readAll(ORVANTA_RESOURCE_SCRIPT);
+    // Every resource script: OrvantaDLL.rc and the page scripts it includes.
     const std::regex resourceTag(R"(\$\d{3}\.\d{3})");
-    for (std::sregex_iterator m(script.begin(), script.end(), resourceTag), end; m != end; ++m)
-        tags.insert(m->str());
+    for (const auto& entry : std::filesystem::directory_iterator(ORVANTA_RESOURCE_DIR)) {
+        if (entry.path().extension() != ".rc") continue;
+        const std::string script = readAll(entry.path().string().c_str());
+        for (std::sregex_iterator m(script.begin(), script.end(), resourceTag), end; m != end;
+             ++m)
+            tags.insert(m->str());
+    }
     return tags;
 }
 

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "orvanta.h"
 #include "tools/editor_harness_win32.h"
@@ -40,7 +41,7 @@ bool closed(EditorHost& host, Trn* trn) {
 TEST(TransmissionTool, ThePageShowsTheRecordInTheUsersLanguage) {
     EditorHost host;
     Transmission t;
-    t.trn->linRot = 12345678;
+    t.trn->linRot = 2.54;
     const SheetDriver sheet = open(host, t.trn);
     char caption[256] = "";
     GetWindowTextA(sheet.sheet(), caption, sizeof caption);
@@ -54,7 +55,7 @@ TEST(TransmissionTool, ThePageShowsTheRecordInTheUsersLanguage) {
     EXPECT_TRUE(sheet.checked(IDC_TRN_ACTIVE));
     EXPECT_FALSE(sheet.checked(IDC_TRN_INVERT));
     EXPECT_EQ(sheet.text(IDC_TRN_LINLIN), "1");
-    EXPECT_EQ(sheet.text(IDC_TRN_LINROT), "1.234568E+07");
+    EXPECT_EQ(sheet.text(IDC_TRN_LINROT), "2.54");
     EXPECT_NE(GetWindowLongA(sheet.sheet(), GWL_EXSTYLE) & WS_EX_TOPMOST, 0);
     EXPECT_FALSE(IsWindowVisible(GetDlgItem(sheet.sheet(), 0x3021)));  // no Apply-now button
     EXPECT_FALSE(sheet.screenshot("transmission_tool_" + shownLanguage()).empty());
@@ -160,9 +161,9 @@ TEST(TransmissionTool, OneToolPerRecordEachOnItsOwnThread) {
         EXPECT_EQ(OpenTrnTool(host.window(), trn, EditorHost::applyCallback, &host), 1);
     EXPECT_EQ(OpenTrnTool(host.window(), a.trn, nullptr, nullptr), 0);  // a has one
     ASSERT_TRUE(host.waitUntil([&] { return host.sheets().size() == 3; }));
+    const std::vector<HWND> sheets = host.sheets();
     DWORD threads[3];
-    for (int i = 0; i < 3; ++i)
-        threads[i] = GetWindowThreadProcessId(host.sheets()[size_t(i)], nullptr);
+    for (int i = 0; i < 3; ++i) threads[i] = GetWindowThreadProcessId(sheets[size_t(i)], nullptr);
     EXPECT_NE(threads[0], threads[1]);
     EXPECT_NE(threads[1], threads[2]);
     EXPECT_NE(threads[0], GetCurrentThreadId());
