@@ -114,17 +114,16 @@ void localiseSheetButtons(HWND sheet) {
     }
 }
 
-HWND createSheet(ToolBlock& tool, SheetPages& pages) {
+// icon: the sheet's own copy of the family's icon, which the thread destroys after the sheet.
+// A sheet given the icon's resource id loads a copy that nobody destroys; one copy shared by
+// the sheets of several threads would be drawn by them at the same time.
+HWND createSheet(ToolBlock& tool, SheetPages& pages, HICON icon) {
     PROPSHEETHEADERA header = {};
     header.dwSize = sizeof header;
     header.dwFlags = PSH_MODELESS | PSH_NOAPPLYNOW | PSH_PROPSHEETPAGE | PSH_USEHICON;
     header.hwndParent = static_cast<HWND>(tool.owner);
     header.hInstance = static_cast<HINSTANCE>(libraryModule());
-    // Loaded once and shared: a sheet given the icon's id loads a copy of its own that is
-    // never destroyed.
-    header.hIcon = static_cast<HICON>(LoadImageA(header.hInstance,
-                                                 MAKEINTRESOURCEA(tool.family->iconId),
-                                                 IMAGE_ICON, 0, 0, LR_DEFAULTSIZE | LR_SHARED));
+    header.hIcon = icon;
     header.pszCaption = tool.caption;
     header.nPages = UINT(pages.count);
     header.nStartPage = 0;
@@ -147,14 +146,24 @@ bool runSheet(HWND sheet) {
     }
 }
 
+// Tool threads build their sheets one at a time: the common controls' start-up and a sheet's
+// creation are not safe against the same work on another thread (heap damage under Wine when
+// several tools open at once). Only tool threads take this lock.
+SRWLOCK sheetBuildLock = SRWLOCK_INIT;
+
 DWORD WINAPI toolThread(void* parameter) {
     ToolBlock& tool = *static_cast<ToolBlock*>(parameter);
+    tool.snapshot = tool.family->takeSnapshot(tool.record);
+    SheetPages& pages = *new (checkedAlloc(sizeof(SheetPages))) SheetPages(tool);
+
+    AcquireSRWLockExclusive(&sheetBuildLock);
     INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_WIN95_CLASSES};
     InitCommonControlsEx(&controls);
-    tool.snapshot = tool.family->takeSnapshot(tool.record);
-
-    SheetPages& pages = *new (checkedAlloc(sizeof(SheetPages))) SheetPages(tool);
-    HWND sheet = pages.count ? createSheet(tool, pages) : nullptr;
+    HICON icon = static_cast<HICON>(LoadImageA(static_cast<HINSTANCE>(libraryModule()),
+                                               MAKEINTRESOURCEA(tool.family->iconId), IMAGE_ICON,
+                                               0, 0, LR_DEFAULTSIZE));
+    HWND sheet = pages.count ? createSheet(tool, pages, icon) : nullptr;
+    ReleaseSRWLockExclusive(&sheetBuildLock);
     bool disposing;
     {
         ToolsLock lock;
@@ -175,6 +184,8 @@ DWORD WINAPI toolThread(void* parameter) {
         if (cleanUp && tool.disposing) EndDialog(sheet, 0);
         if (cleanUp) DestroyWindow(sheet);
     }
+    // After a quit message the sheet outlives the loop until the thread ends: keep its icon.
+    if (icon && (cleanUp || !sheet)) DestroyIcon(icon);
     pages.release(cleanUp ? nullptr : sheet);
     pages.~SheetPages();
     checkedFree(&pages);

@@ -111,30 +111,33 @@ void ToolPage::showNumber(int id, double value, NumberFormat format) {
 // ---- table pages ---------------------------------------------------------------------------
 
 void FieldPage::fill() {
-    for (const FieldControl* c = controls_; c != controls_ + count_; ++c) {
+    void* r = record();
+    for (const FieldControl* c = controls_; r && c != controls_ + count_; ++c) {
         if (c->kind == FieldControl::check)
-            setCheck(window(), c->id, field<int32_t>(*c));
+            setCheck(window(), c->id, field<int32_t>(r, *c));
         else
-            showNumber(c->id, field<double>(*c), c->format);
+            showNumber(c->id, field<double>(r, *c), c->format);
     }
 }
 
 void FieldPage::clicked(int id) {
+    void* r = record();
     bool ours = false;
     for (const FieldControl* c = controls_; c != controls_ + count_; ++c)
         ours = ours || (c->id == id && c->kind == FieldControl::check);
-    if (!ours) return;
+    if (!ours || !r) return;
     // Every check box's state is stored, as the page shows it.
     for (const FieldControl* c = controls_; c != controls_ + count_; ++c) {
-        if (c->kind == FieldControl::check) field<int32_t>(*c) = readCheck(window(), c->id);
+        if (c->kind == FieldControl::check) field<int32_t>(r, *c) = readCheck(window(), c->id);
     }
     if (live_) tool_.notifyHost(1);
 }
 
 void FieldPage::numberEntered(int id) {
-    for (const FieldControl* c = controls_; c != controls_ + count_; ++c) {
+    void* r = record();
+    for (const FieldControl* c = controls_; r && c != controls_ + count_; ++c) {
         if (c->id != id || c->kind != FieldControl::number) continue;
-        double& value = field<double>(*c);
+        double& value = field<double>(r, *c);
         value = readEditNumber(window(), id);
         showNumber(id, value, c->format);  // the user sees the value as stored
         if (live_) tool_.notifyHost(1);

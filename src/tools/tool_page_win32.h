@@ -76,9 +76,11 @@ protected:
     void numberEntered(int id) override;
 
 private:
+    // A field of record, which a handler takes once: Dispose may mark the record as going at
+    // any moment, but it stays until the tool's thread has ended.
     template <typename T>
-    T& field(const FieldControl& c) const {
-        return *reinterpret_cast<T*>(static_cast<char*>(record()) + c.offset);
+    static T& field(void* record, const FieldControl& c) {
+        return *reinterpret_cast<T*>(static_cast<char*>(record) + c.offset);
     }
     const FieldControl* controls_;
     size_t count_;

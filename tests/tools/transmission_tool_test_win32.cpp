@@ -182,6 +182,19 @@ TEST(TransmissionTool, OneToolPerRecordEachOnItsOwnThread) {
     ASSERT_NE(host.sheet(), nullptr);
 }
 
+// A quit message ends the tool's loop without destroying the sheet: the thread still lets go
+// of the record, and its windows go with it.
+TEST(TransmissionTool, AQuitMessageEndsTheTool) {
+    EditorHost host;
+    Transmission t;
+    const SheetDriver sheet = open(host, t.trn);
+    PostThreadMessageA(GetWindowThreadProcessId(sheet.sheet(), nullptr), WM_QUIT, 0, 0);
+    EXPECT_TRUE(host.waitUntil([&] { return !t.trn->tool && !IsWindow(sheet.sheet()); }));
+    EXPECT_EQ(OpenTrnTool(host.window(), t.trn, nullptr, nullptr), 1);
+    SheetDriver(host.sheet()).press(PSBTN_CANCEL);
+    EXPECT_TRUE(closed(host, t.trn));
+}
+
 // A callback that disposes of the record: the tool lets go of it and ends.
 TEST(TransmissionTool, ACallbackMayDisposeOfItsRecord) {
     EditorHost host;

@@ -8,7 +8,7 @@ build_dir=$(cd "$2" && pwd)
 session="$build_dir/wine-session"
 export WINEPREFIX=$build_dir/wineprefix
 export WINEDEBUG=-all
-export WINEDLLOVERRIDES="mscoree,mshtml="
+export WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d"
 # The loader picks its own kind by the name it is called by: call wine64 itself.
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
 wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)

@@ -8,7 +8,8 @@ session="$build_dir/wine-session"
 
 export WINEPREFIX=${WINEPREFIX:-$build_dir/wineprefix}
 export WINEDEBUG=${WINEDEBUG:--all}
-export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+# No debugger: a program that crashes ends at once instead of waiting for one.
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=;winedbg.exe=d}
 if [ -z "${DISPLAY:-}" ] && [ -f "$session/display" ]; then
   export DISPLAY=":$(cat "$session/display")"
 fi
