@@ -8,6 +8,7 @@
 #include <commctrl.h>
 #include <prsht.h>
 
+#include <cstdio>
 #include <cstring>
 #include <new>
 
@@ -34,6 +35,15 @@ struct ToolsLock {
     ToolsLock() { AcquireSRWLockExclusive(&toolsLock); }
     ~ToolsLock() { ReleaseSRWLockExclusive(&toolsLock); }
 };
+
+// Removes and dispatches every message waiting for the calling thread.
+void dispatchWaitingMessages() {
+    MSG msg;
+    while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
+        TranslateMessage(&msg);
+        DispatchMessageA(&msg);
+    }
+}
 
 void* loadToolPointer(void** toolPointer) { return __atomic_load_n(toolPointer, __ATOMIC_ACQUIRE); }
 void storeToolPointer(void** toolPointer, void* value) {
@@ -213,16 +223,10 @@ int32_t openTool(const ToolFamily& family, void* record, const ToolRequest& requ
     if (loadToolPointer(toolPointer)) return 0;
     ToolBlock* tool = new (checkedAlloc(sizeof(ToolBlock))) ToolBlock;
     loadLocalisedString(family.captionId, tool->caption);
-    if (family.nameInCaption) {
+    if (family.nameInCaption) {  // a 64-character name has no terminator in the record
         const size_t at = std::strlen(tool->caption);
-        if (at + 1 < kLocalisedMax) {
-            tool->caption[at] = ' ';
-            size_t n = 0;
-            const char* name = static_cast<const char*>(record);
-            while (n < 64 && name[n] && at + 1 + n + 1 < kLocalisedMax) ++n;
-            std::memcpy(tool->caption + at + 1, name, n);
-            tool->caption[at + 1 + n] = '\0';
-        }
+        std::snprintf(tool->caption + at, kLocalisedMax - at, " %.64s",
+                      static_cast<const char*>(record));
     }
     tool->owner = request.owner;
     tool->callback = request.callback;
@@ -247,13 +251,7 @@ int32_t openTool(const ToolFamily& family, void* record, const ToolRequest& requ
 
 int32_t waitTool(const ToolFamily& family, void* record) {
     void** toolPointer = family.toolPointer(record);
-    while (loadToolPointer(toolPointer)) {
-        MSG msg;
-        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&msg);
-            DispatchMessageA(&msg);
-        }
-    }
+    while (loadToolPointer(toolPointer)) dispatchWaitingMessages();
     return 1;
 }
 
@@ -281,13 +279,8 @@ void closeTool(void** toolPointer) {
     if (sheet) SendMessageA(sheet, WM_CLOSE, 0, 0);
     if (!thread) return;
     // Serve the caller's windows while the editor thread finishes: it may send to them.
-    while (MsgWaitForMultipleObjects(1, &thread, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0) {
-        MSG msg;
-        while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-            TranslateMessage(&msg);
-            DispatchMessageA(&msg);
-        }
-    }
+    while (MsgWaitForMultipleObjects(1, &thread, FALSE, INFINITE, QS_ALLINPUT) != WAIT_OBJECT_0)
+        dispatchWaitingMessages();
     CloseHandle(thread);
 }
 
