@@ -493,6 +493,31 @@ ORVANTA_API int32_t OpenTrnTool(void* owner, Trn* trn, OrvApplyCallback callback
  *  returns 1 at once when it has none. */
 ORVANTA_API int32_t WaitTrnTool(Trn* trn);
 
+/** Opens the light tool over lgt: pages "Typ" (type, gloss, shadow), "Spot" (distance, cone
+ *  angle, sharpness, falloff) and "Farbe" (colour). Every change is written to lgt at once and
+ *  called back with reason 1 (while a slider is dragged only with "Anz. akt." checked); OK calls
+ *  back with reason 0; Cancel restores lgt as it was when the tool opened and calls back with
+ *  reason 1. The host values are kept for the pages. Returns 0 when lgt already has a tool. */
+ORVANTA_API int32_t OpenLgtTool(void* owner, Lgt* lgt, uint64_t host1, uint64_t host2,
+                                OrvApplyCallback callback, void* data);
+ORVANTA_API int32_t WaitLgtTool(Lgt* lgt);
+
+/** Opens the scene tool over env, captioned "Szenenwerkzeug" and the environment's name:
+ *  pages "Lichtquellen" (standard lights, brightness) and "Ambient" (ambient colour), then
+ *  "Hintergrund" (background colour), "Nebel 1" (fog density, distances and type) and "Nebel 2"
+ *  (fog colour). OpenEnvTool1 shows the first two pages only. Callbacks as for OpenLgtTool. */
+ORVANTA_API int32_t OpenEnvTool(void* owner, Env* env, uint64_t host, OrvApplyCallback callback,
+                                void* data);
+ORVANTA_API int32_t OpenEnvTool1(void* owner, Env* env, uint64_t host, OrvApplyCallback callback,
+                                 void* data);
+ORVANTA_API int32_t WaitEnvTool(Env* env);
+
+/** Draws a flat thumbnail of mat into the square of edge size at (x, y) of the device context
+ *  dc (an HDC): the surface texture's image one pixel per pixel from the top-left corner on
+ *  light grey (cropped to the square), or, without one, the diffuse colour. No OpenGL is used.
+ *  Returns 1. */
+ORVANTA_API int32_t MatPreview(const Mat* mat, uint32_t x, uint32_t y, int32_t size, void* dc);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

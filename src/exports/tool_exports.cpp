@@ -1,18 +1,57 @@
-// Exports of the editors: open a record's tool, wait for it to close.
+// Exports of the editors: open a record's tool, wait for it to close; the flat thumbnail.
+#include <windows.h>
+
 #include "orvanta.h"
 #include "pages/pages.h"
+#include "preview/preview.h"
 #include "tools/tool_framework.h"
+
+namespace {
+
+orv::ToolRequest request(void* owner, OrvApplyCallback callback, void* data,
+                         uint64_t host1 = 0, uint64_t host2 = 0, int32_t flag = 0) {
+    orv::ToolRequest r;
+    r.owner = owner;
+    r.callback = reinterpret_cast<orv::ApplyCallback>(callback);
+    r.data = data;
+    r.hostValues[0] = host1;
+    r.hostValues[1] = host2;
+    r.flag = flag;
+    return r;
+}
+
+}  // namespace
 
 extern "C" {
 
 ORVANTA_API int32_t OpenTrnTool(void* owner, Trn* trn, OrvApplyCallback callback, void* data) {
-    orv::ToolRequest request;
-    request.owner = owner;
-    request.callback = reinterpret_cast<orv::ApplyCallback>(callback);
-    request.data = data;
-    return orv::openTool(orv::kTransmissionTool, trn, request);
+    return orv::openTool(orv::kTransmissionTool, trn, request(owner, callback, data));
 }
 
 ORVANTA_API int32_t WaitTrnTool(Trn* trn) { return orv::waitTool(orv::kTransmissionTool, trn); }
+
+ORVANTA_API int32_t OpenLgtTool(void* owner, Lgt* lgt, uint64_t host1, uint64_t host2,
+                                OrvApplyCallback callback, void* data) {
+    return orv::openTool(orv::kLightTool, lgt, request(owner, callback, data, host1, host2));
+}
+
+ORVANTA_API int32_t WaitLgtTool(Lgt* lgt) { return orv::waitTool(orv::kLightTool, lgt); }
+
+ORVANTA_API int32_t OpenEnvTool(void* owner, Env* env, uint64_t host, OrvApplyCallback callback,
+                                void* data) {
+    return orv::openTool(orv::kEnvironmentTool, env, request(owner, callback, data, host, 0, 1));
+}
+
+ORVANTA_API int32_t OpenEnvTool1(void* owner, Env* env, uint64_t host, OrvApplyCallback callback,
+                                 void* data) {
+    return orv::openTool(orv::kEnvironmentTool, env, request(owner, callback, data, host, 0, 0));
+}
+
+ORVANTA_API int32_t WaitEnvTool(Env* env) { return orv::waitTool(orv::kEnvironmentTool, env); }
+
+ORVANTA_API int32_t MatPreview(const Mat* mat, uint32_t x, uint32_t y, int32_t size, void* dc) {
+    orv::drawMaterialThumbnail(*mat, int(x), int(y), size, static_cast<HDC>(dc));
+    return 1;
+}
 
 }  // extern "C"

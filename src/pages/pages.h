@@ -6,5 +6,7 @@
 namespace orv {
 
 extern const ToolFamily kTransmissionTool;
+extern const ToolFamily kLightTool;
+extern const ToolFamily kEnvironmentTool;
 
 }  // namespace orv

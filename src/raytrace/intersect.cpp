@@ -1,5 +1,6 @@
 #include "raytrace/intersect.h"
 
+#include <cmath>
 #include <initializer_list>
 
 #include "raytrace/scene_accel.h"
@@ -7,16 +8,62 @@
 
 namespace orv {
 
+namespace {
+
+// The preview object's surface hit (kinds 0 to 2) when it lies before hit.t.
+void previewNearest(const Scene& scene, const Ray& ray, Hit& hit) {
+    double t;
+    bool inside;
+    if (!previewSphereHit(scene, ray, hit.t, t, inside)) return;
+    hit.t = t;
+    hit.body = scene.preview;
+    hit.point = ray.origin + t * ray.dir;
+    hit.geometricNormal = hit.point - scene.previewCentre;
+    normalise(hit.geometricNormal);
+    hit.inside = inside;
+    hit.normal = inside ? -hit.geometricNormal : hit.geometricNormal;
+}
+
+// The preview object as the first occluder of a shadow segment, when its material casts
+// shadows: the segment ends where the ray meets it. True when it blocks the light.
+bool previewShadow(const Scene& scene, const Ray& ray, Hit& hit) {
+    const Mat& material = *scene.preview->material;
+    double t;
+    bool inside;
+    if (!material.castShadow || !previewSphereHit(scene, ray, hit.t, t, inside)) return false;
+    hit.t = t;
+    hit.body = scene.preview;
+    hit.visibility *= 1.0 - material.opacity;
+    return hit.visibility < kHitEps;
+}
+
+}  // namespace
+
+bool previewSphereHit(const Scene& scene, const Ray& ray, double bound, double& t,
+                      bool& inside) {
+    const Vec3 oc = scene.previewCentre - ray.origin;
+    const double b = dot(oc, ray.dir);
+    const double disc = b * b - dot(oc, oc) + kPreviewRadiusSquared;
+    if (disc < 0) return false;
+    const double root = std::sqrt(disc);
+    t = b - root;
+    inside = !(t > kHitEps);
+    if (inside) t = b + root;
+    return t > kHitEps && t < bound;
+}
+
 bool findNearest(const Scene& scene, const Ray& ray, Hit& hit) {
     hit.body = nullptr;
     hit.triangle = nullptr;
+    if (scene.preview) previewNearest(scene, ray, hit);
     if (scene.accel) accelFindNearest(*scene.accel, ray, hit);
-    return hit.triangle != nullptr;
+    return hit.body != nullptr;
 }
 
 bool traceShadow(const Scene& scene, const Ray& ray, Hit& hit) {
     hit.body = nullptr;
     hit.triangle = nullptr;
+    if (scene.preview && previewShadow(scene, ray, hit)) return true;
     return scene.accel && accelTraceShadow(*scene.accel, ray, hit);
 }
 
@@ -25,6 +72,7 @@ bool findAnyBlocker(const Scene& scene, const Ray& ray, Hit& hit, int32_t& hint,
     hit.body = nullptr;
     hit.triangle = nullptr;
     unreached = false;
+    if (scene.preview && previewShadow(scene, ray, hit)) return true;
     return scene.accel && accelFindAnyBlocker(*scene.accel, ray, hit, hint, unreached);
 }
 

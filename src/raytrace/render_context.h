@@ -22,7 +22,8 @@ struct PendingShadow {
     double segmentEnd;
 };
 
-// The triangle that last blocked a light completely, tried first for the next shadow ray.
+// The triangle that last blocked a light completely, tried first for the next shadow ray; empty
+// when that was the preview object.
 // In a scene whose occluders all block, a blocked segment is known from any occluder, and the
 // walk's first one, which the entry must then hold, is looked up only when it can matter: until
 // then the segments wait in `pending`, in order (raytrace/shadow_cache.h).

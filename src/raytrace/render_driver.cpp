@@ -200,6 +200,9 @@ bool startRender(const RaytraceRequest& request, RowSink& sink, ThreadStarter& s
     setEnvironment(ctx, request.env, request.background);
     ctx.lights = request.lights;
     ctx.quick = request.quick;
+    ctx.lightGain = request.lightGain;
+    ctx.maxDepth = request.maxDepth;
+    if (request.previewSphere) setPreviewObject(ctx, *request.previewSphere);
     collectScene(ctx, request);
 
     for (int32_t i = 0; i < count; ++i) {

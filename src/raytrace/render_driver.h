@@ -33,6 +33,11 @@ struct RaytraceRequest {
     void* geometryUser = nullptr;
     OrvRowCallback rowCallback = nullptr;
     void* rowUser = nullptr;
+    // The preview object's material, or null for none: a sphere of radius 0.7 about the world
+    // origin, in front of every body in every search. Only read; it must outlive the render.
+    const Mat* previewSphere = nullptr;
+    double lightGain = 1.5;  // factor on every light's colour
+    int32_t maxDepth = 10;   // reflections and refractions followed one after another; 0 none
 };
 
 // Where the workers' rows go. Called on the worker threads; must outlive them.

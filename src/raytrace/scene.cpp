@@ -98,6 +98,21 @@ void setDualVectors(Triangle& tri) {
     tri.b = cross(m, e1) * (1.0 / mm);
 }
 
+// The texture matrix and the placement box (given in world coordinates) of a body whose
+// material is set.
+void placeBody(const RenderContext& ctx, Body& body, const Vec3& boxMin, const Vec3& boxMax,
+               const Vec3& origin) {
+    // Render frame -> world -> texture space.
+    body.textureMatrix = textureTransform(*body.material);
+    preMultiplyInverse(body.textureMatrix, ctx.frame);
+    body.boxMin = boxMin;
+    body.boxMax = boxMax;
+    body.origin = origin;
+    transformPoint(body.boxMin, ctx.frame);
+    transformPoint(body.boxMax, ctx.frame);
+    transformPoint(body.origin, ctx.frame);
+}
+
 void startBody(RenderContext& ctx, const GeometryItem& item) {
     Body* body = static_cast<Body*>(checkedAlloc(sizeof(Body)));
     if (item.material) {
@@ -106,16 +121,8 @@ void startBody(RenderContext& ctx, const GeometryItem& item) {
         body->material = makeDefaultMaterial(item.colour, item.opacity);
         body->ownsMaterial = true;
     }
-    // Render frame -> world -> texture space.
-    body->textureMatrix = textureTransform(*body->material);
-    preMultiplyInverse(body->textureMatrix, ctx.frame);
+    placeBody(ctx, *body, item.boxMin, item.boxMax, item.origin);
     body->twoSided = item.twoSided;
-    body->boxMin = item.boxMin;
-    body->boxMax = item.boxMax;
-    body->origin = item.origin;
-    transformPoint(body->boxMin, ctx.frame);
-    transformPoint(body->boxMax, ctx.frame);
-    transformPoint(body->origin, ctx.frame);
     body->root = newNode(Vec3{kFar, kFar, kFar}, Vec3{-kFar, -kFar, -kFar});
     body->next = ctx.scene.bodies;
     ctx.scene.bodies = body;
@@ -345,11 +352,25 @@ void finishScene(RenderContext& ctx, int threads) {
                                                ctx.width - 1 - ctx.centreX,
                                                ctx.height - 1 - ctx.centreY}};
     scene.accel = buildAccel(scene, threads, &view);
-    scene.everyOccluderBlocks = true;
+    const auto blocksIfCasting = [](const Body& body) {
+        const Mat& m = *body.material;
+        return !m.castShadow || blocksLightAlone(m);
+    };
+    scene.everyOccluderBlocks = !scene.preview || blocksIfCasting(*scene.preview);
     for (const Body* body = scene.bodies; body; body = body->next) {
-        const Mat& m = *body->material;
-        if (m.castShadow && !blocksLightAlone(m)) scene.everyOccluderBlocks = false;
+        if (!blocksIfCasting(*body)) scene.everyOccluderBlocks = false;
     }
+}
+
+void setPreviewObject(RenderContext& ctx, const Mat& material) {
+    Scene& scene = ctx.scene;
+    if (!scene.preview) scene.preview = static_cast<Body*>(checkedAlloc(sizeof(Body)));
+    Body& body = *scene.preview;
+    body.material = const_cast<Mat*>(&material);  // read only: ownsMaterial stays false
+    const double r = kPreviewRadius;
+    placeBody(ctx, body, Vec3{-r, -r, -r}, Vec3{r, r, r}, Vec3{0, 0, 0});
+    scene.previewCentre = Vec3{0, 0, 0};
+    transformPoint(scene.previewCentre, ctx.frame);
 }
 
 void freeScene(Scene& scene) {
@@ -363,6 +384,8 @@ void freeScene(Scene& scene) {
         checkedFree(body);
     }
     scene.current = nullptr;
+    checkedFree(scene.preview);
+    scene.preview = nullptr;
 }
 
 }  // namespace orv

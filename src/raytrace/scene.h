@@ -63,7 +63,15 @@ struct Scene {
     // Every body that casts shadows blocks light completely (1 - opacity below 1e-6), as the
     // materials stood when finishScene ran: any occluder then ends a shadow segment.
     bool everyOccluderBlocks = false;
+    // The preview object, or null: a sphere of radius kPreviewRadius about the world origin,
+    // tested before every body. Its body carries the material and texture placement for
+    // shading; it has no octree and is not in the list of bodies.
+    Body* preview = nullptr;
+    Vec3 previewCentre{};  // in the render frame
 };
+
+constexpr double kPreviewRadius = 0.7;
+constexpr double kPreviewRadiusSquared = 0.49;
 
 // One call of the host's geometry callback: its out-arguments.
 struct GeometryItem {
@@ -88,8 +96,11 @@ void addTriangle(RenderContext& ctx, const GeometryItem& item);
 // primary rays of ctx's camera and image; call once after the callback returned 0. The
 // search structure's build may share its work among up to `threads` threads.
 void finishScene(RenderContext& ctx, int threads = 1);
-// Frees every body, its octree and a default material it made.
+// Frees every body, its octree and a default material it made, and the preview object's body.
 void freeScene(Scene& scene);
+// Gives ctx.scene the preview object with this material, which is only read and must outlive
+// the scene. The camera of ctx must be set up; call before finishScene.
+void setPreviewObject(RenderContext& ctx, const Mat& material);
 
 // The default material of a body that the host gave only a colour and an opacity.
 Mat* makeDefaultMaterial(uint32_t colour, double opacity);

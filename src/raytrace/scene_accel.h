@@ -29,7 +29,8 @@ struct PrimaryView {
 SceneAccel* buildAccel(const Scene& scene, int threads, const PrimaryView* view);
 void freeAccel(SceneAccel* accel);
 
-// Kinds 0 to 2, with hit.t as the bound; the caller has cleared hit.body and hit.triangle.
+// Kinds 0 to 2, with hit.t as the bound; hit holds the preview object's hit or the caller has
+// cleared hit.body and hit.triangle, and is left as it is when no triangle lies before hit.t.
 void accelFindNearest(const SceneAccel& accel, const Ray& ray, Hit& hit);
 // Kind 3; true when the segment is blocked.
 bool accelTraceShadow(const SceneAccel& accel, const Ray& ray, Hit& hit);

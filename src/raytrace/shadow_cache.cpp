@@ -21,10 +21,11 @@ double walkOrderShadow(const RenderContext& ctx, ShadowCacheEntry* entry, const 
     Hit hit;
     hit.t = segmentEnd;
     ctx.intersector->traceShadow(ctx.scene, ray, hit);
-    const bool blocked = hit.visibility < kHitEps;
+    // A blocking preview object has no triangle to keep: the entry is cleared.
+    const bool cached = hit.visibility < kHitEps && hit.triangle;
     if (entry) {
-        entry->body = blocked ? hit.body : nullptr;
-        entry->triangle = blocked ? hit.triangle : nullptr;
+        entry->body = cached ? hit.body : nullptr;
+        entry->triangle = cached ? hit.triangle : nullptr;
     }
     return hit.visibility;
 }

@@ -63,6 +63,7 @@ void formatDialogNumber(double value, NumberFormat format, char* out, size_t siz
     switch (format) {
         case NumberFormat::general: std::snprintf(out, size, "%.7G", value); break;
         case NumberFormat::whole: std::snprintf(out, size, "%.0f", value); break;
+        case NumberFormat::oneDecimal: std::snprintf(out, size, "%.1f", value); break;
         case NumberFormat::twoDecimals: std::snprintf(out, size, "%.2f", value); break;
         case NumberFormat::threeDecimals: std::snprintf(out, size, "%.3f", value); break;
         case NumberFormat::percent: {

@@ -16,9 +16,9 @@ constexpr size_t kNumberInputMax = 20;
 // with no number before it, or a sixth number, makes the result 0.0; so does an empty text.
 double parseDialogNumber(const char* text);
 
-// How a page shows a value: "%.7G", "%.0f", "%.2f", "%.3f", or percent ("%u%%" of the value x
+// How a page shows a value: "%.7G", "%.0f", "%.1f", "%.2f", "%.3f", or percent ("%u%%" of the value x
 // 100, truncated toward zero).
-enum class NumberFormat { general, whole, twoDecimals, threeDecimals, percent };
+enum class NumberFormat { general, whole, oneDecimal, twoDecimals, threeDecimals, percent };
 
 // Writes value in format into out (size bytes, always terminated).
 void formatDialogNumber(double value, NumberFormat format, char* out, size_t size);

@@ -17,6 +17,7 @@ INT_PTR CALLBACK ToolPage::procedure(HWND window, UINT message, WPARAM wParam, L
             reinterpret_cast<const PROPSHEETPAGEA*>(lParam)->lParam);
         page->window_ = window;
         SetWindowLongPtrA(window, DWLP_USER, reinterpret_cast<LONG_PTR>(page));
+        page->created();
         return TRUE;
     }
     // Cleared before the page object goes, so late messages of a dying window find nothing.
@@ -28,6 +29,11 @@ INT_PTR CALLBACK ToolPage::procedure(HWND window, UINT message, WPARAM wParam, L
 
 INT_PTR ToolPage::handle(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_NOTIFY) return notified(*reinterpret_cast<const NMHDR*>(lParam));
+    if (message == WM_VSCROLL || message == WM_HSCROLL) {
+        const int id = GetDlgCtrlID(reinterpret_cast<HWND>(lParam));
+        if (lParam && storing()) scrolled(id, LOWORD(wParam));
+        return FALSE;
+    }
     if (message != WM_COMMAND) return FALSE;
     const int id = LOWORD(wParam), code = HIWORD(wParam);
     switch (code) {
@@ -68,16 +74,19 @@ bool ToolPage::notified(const NMHDR& header) {
         return true;
     case PSN_KILLACTIVE:  // Enter on an edit presses OK without leaving the edit
         commitTypedNumbers();
+        deactivated();
         SetWindowLongPtrA(window_, DWLP_MSGRESULT, FALSE);
         return true;
     case PSN_APPLY:
         commitTypedNumbers();
+        deactivated();
         if (record()) applied();
         stopped_ = true;
         wakeLoop();
         SetWindowLongPtrA(window_, DWLP_MSGRESULT, PSNRET_NOERROR);
         return true;
     case PSN_RESET:
+        deactivated();
         stopped_ = true;
         tool_.cancel();
         wakeLoop();

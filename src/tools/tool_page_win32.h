@@ -30,6 +30,12 @@ protected:
     virtual void clicked(int id) { (void)id; }
     // The user changed edit id's text and left it.
     virtual void numberEntered(int id) { (void)id; }
+    // Once, when the page's dialog is made.
+    virtual void created() {}
+    // A slider (trackbar) of the page sent a scroll notification.
+    virtual void scrolled(int id, int code) { (void)id, (void)code; }
+    // The page is left for another or the sheet closes.
+    virtual void deactivated() {}
     // Apply: the host hears of it with reason 0.
     virtual void applied() { tool_.notifyHost(0); }
 

@@ -30,10 +30,12 @@ std::set<std::string> tagsInResources() {
         std::snprintf(tag, sizeof tag, "$000.%03i", std::stoi((*m)[1]));
         tags.insert(tag);
     }
-    // Every resource script: OrvantaDLL.rc and the page scripts it includes.
+    // Every resource script: OrvantaDLL.rc, the page scripts it includes and the control lists
+    // (.inc) the pages include.
     const std::regex resourceTag(R"(\$\d{3}\.\d{3})");
     for (const auto& entry : std::filesystem::directory_iterator(ORVANTA_RESOURCE_DIR)) {
-        if (entry.path().extension() != ".rc") continue;
+        const auto extension = entry.path().extension();
+        if (extension != ".rc" && extension != ".inc") continue;
         const std::string script = readAll(entry.path().string().c_str());
         for (std::sregex_iterator m(script.begin(), script.end(), resourceTag), end; m != end;
              ++m)

@@ -15,6 +15,8 @@ LRESULT CALLBACK hostProcedure(HWND window, UINT message, WPARAM wParam, LPARAM 
     return DefWindowProcA(window, message, wParam, lParam);
 }
 
+constexpr int kPreviewControl = 1094;  // the editors' preview picture
+
 void pump() {
     MSG msg;
     while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
@@ -152,6 +154,35 @@ void SheetDriver::slide(int id, int position) const {
     SendMessageA(page(), message, MAKEWPARAM(TB_ENDTRACK, 0), reinterpret_cast<LPARAM>(slider));
 }
 
+void SheetDriver::drag(int id, int position) const {
+    HWND slider = control(id);
+    SendMessageA(slider, TBM_SETPOS, TRUE, position);
+    SendMessageA(page(), WM_VSCROLL, MAKEWPARAM(TB_THUMBTRACK, position),
+                 reinterpret_cast<LPARAM>(slider));
+}
+
+int SheetDriver::sliderPosition(int id) const {
+    return int(SendMessageA(control(id), TBM_GETPOS, 0, 0));
+}
+
+bool SheetDriver::enabled(int id) const { return IsWindowEnabled(control(id)) != FALSE; }
+
+COLORREF SheetDriver::controlPixel(int id, int x, int y) const {
+    HDC screen = GetDC(nullptr);
+    HDC memory = CreateCompatibleDC(screen);
+    RECT r;
+    GetClientRect(control(id), &r);
+    HBITMAP bitmap = CreateCompatibleBitmap(screen, r.right, r.bottom);
+    HGDIOBJ old = SelectObject(memory, bitmap);
+    SendMessageA(control(id), WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory), PRF_CLIENT);
+    const COLORREF colour = GetPixel(memory, x, y);
+    SelectObject(memory, old);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(nullptr, screen);
+    return colour;
+}
+
 void SheetDriver::press(int button) const { SendMessageA(sheet_, PSM_PRESSBUTTON, button, 0); }
 
 void SheetDriver::close() const { SendMessageA(sheet_, WM_CLOSE, 0, 0); }
@@ -185,6 +216,15 @@ std::string SheetDriver::screenshot(const std::string& name) const {
     if (section) {
         HGDIOBJ old = SelectObject(memory, section);
         BitBlt(memory, 0, 0, w, h, screen, r.left, r.top, SRCCOPY);
+        // A picture drawn by OpenGL on a window of its own is not in the screen's copy: the
+        // page's preview prints it.
+        if (HWND preview = GetDlgItem(page(), kPreviewControl)) {
+            POINT at{0, 0};
+            ClientToScreen(preview, &at);
+            SetViewportOrgEx(memory, at.x - r.left, at.y - r.top, nullptr);
+            SendMessageA(preview, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(memory), PRF_CLIENT);
+            SetViewportOrgEx(memory, 0, 0, nullptr);
+        }
         GdiFlush();
         std::vector<uint8_t> rgb(size_t(w) * h * 3);
         const uint8_t* p = static_cast<const uint8_t*>(bits);

@@ -61,6 +61,11 @@ public:
     void click(int id) const;                // BM_CLICK
     bool checked(int id) const;
     void slide(int id, int position) const;  // TBM_SETPOS and the parent's scroll message
+    void drag(int id, int position) const;   // the same while the thumb is held: no end
+    int sliderPosition(int id) const;
+    bool enabled(int id) const;
+    // A pixel of control id's picture, as the control prints its client area.
+    COLORREF controlPixel(int id, int x, int y) const;
     void press(int button) const;            // PSM_PRESSBUTTON: PSBTN_OK, PSBTN_CANCEL
     void close() const;                      // a close message, as the close box sends
 

@@ -1,0 +1,31 @@
+/* Controls of the environment's pages: the light sources (dialog 249) and the fog (dialog 192). */
+#pragma once
+
+#define IDD_ENV_LIGHTS 249
+#define IDC_ENV_STANDARD 1048
+#define IDC_ENV_LIGHTS_GROUP 1117
+#define IDC_ENV_CAMERA 1191
+#define IDC_ENV_FRONT 1185
+#define IDC_ENV_BACK 1186
+#define IDC_ENV_LEFT 1187
+#define IDC_ENV_RIGHT 1188
+#define IDC_ENV_TOP 1189
+#define IDC_ENV_BOTTOM 1190
+#define IDC_ENV_BRIGHTNESS 1011
+#define IDC_ENV_BRIGHTNESS_SHOWN 1019
+
+#define IDD_FOG 192
+#define IDC_FOG_DENSITY 1054
+#define IDC_FOG_DENSITY_SHOWN 1012
+#define IDC_FOG_NEAR 1003
+#define IDC_FOG_NEAR_SHOWN 1013
+#define IDC_FOG_NEAR_LESS 1001
+#define IDC_FOG_NEAR_MORE 1002
+#define IDC_FOG_FAR 1011
+#define IDC_FOG_FAR_SHOWN 1018
+#define IDC_FOG_FAR_LESS 1004
+#define IDC_FOG_FAR_MORE 1005
+#define IDC_FOG_TYPE_GROUP 1228
+#define IDC_FOG_LINEAR 1008
+#define IDC_FOG_EXP 1006
+#define IDC_FOG_EXP2 1007

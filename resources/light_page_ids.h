@@ -1,0 +1,20 @@
+/* Controls of the light's pages: the type page (dialog 108) and the spot page (dialog 183). */
+#pragma once
+
+#define IDD_LIGHT_TYPE 108
+#define IDC_LIGHT_GLOSS 1042
+#define IDC_LIGHT_PARALLEL 1212
+#define IDC_LIGHT_SPOT 1213
+#define IDC_LIGHT_POINT 1214
+#define IDC_LIGHT_TYPE_GROUP 1215
+#define IDC_LIGHT_SHADOW 1184
+
+#define IDD_LIGHT_SPOT 183
+#define IDC_SPOT_DISTANCE 1054
+#define IDC_SPOT_DISTANCE_SHOWN 1045
+#define IDC_SPOT_ANGLE 1040
+#define IDC_SPOT_ANGLE_SHOWN 1044
+#define IDC_SPOT_SHARPNESS 1043
+#define IDC_SPOT_SHARPNESS_SHOWN 1047
+#define IDC_SPOT_FALLOFF 1010
+#define IDC_SPOT_FALLOFF_SHOWN 1017

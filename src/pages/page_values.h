@@ -1,0 +1,54 @@
+// The arithmetic of the colour, light and environment pages: slider positions and the values
+// they stand for, colours as hue, saturation and value, a light's distance from its target,
+// the environment's standard light bits and the fog distances' whole and fractional parts.
+// Portable, so that every mapping is exact on every platform.
+#pragma once
+
+#include <cstdint>
+
+#include "math/vec3.h"
+
+namespace orv {
+
+// A vertical slider with 0 at its top: value = (range - position) x step, so the top is the
+// largest value. position() is the inverse, not yet rounded (the slider helpers round).
+struct SliderScale {
+    double range;
+    double step;
+    double value(double position) const { return (range - position) * step; }
+    double position(double value) const { return range - value / step; }
+};
+
+constexpr SliderScale kPercentSlider{100, 0.01};             // colour components, gloss, falloff
+constexpr SliderScale kHueSlider{360, 0.002777777777777778};  // a full turn is 1
+constexpr SliderScale kAngleSlider{90, 1};                    // a spot's cone in degrees
+constexpr SliderScale kSharpnessSlider{128, 1};
+constexpr SliderScale kDistanceSlider{100, 0.1};
+constexpr SliderScale kBrightnessSlider{200, 0.01};
+
+struct Hsv {
+    double h, s, v;  // each 0..1; a hue of 1 is a full turn
+};
+
+// Red wins a tie with green or blue, green a tie with blue; a grey has hue and saturation 0,
+// and a hue of exactly 1 becomes 0.
+Hsv rgbToHsv(const Vec3& rgb);
+// Writes rgb from hsv. A hue of 1 (the hue slider's top) writes nothing: the colour stays.
+void hsvToRgb(const Hsv& hsv, Vec3& rgb);
+
+// Moves a light's position to distance d from its target, rescaling the components one after
+// another, each with those already rescaled, so the light keeps roughly its direction and the
+// distance comes close to d. Below 0.001 nothing moves; a light on its target goes to
+// target + (0, 0, d).
+void setLightDistance(Vec3& position, const Vec3& target, double d);
+
+// The environment's standard light switches: bit 0 all of them, bits 1..6 front, back, left,
+// right, top, bottom, bit 7 the camera light.
+constexpr int kStandardLightBits = 8;
+
+// A fog distance as its whole part (changed by the buttons) and its fraction (the slider).
+double wholePart(double distance);
+// The whole part one up or down, the fraction kept; down does nothing below 1.
+double wholeStep(double distance, int direction);
+
+}  // namespace orv

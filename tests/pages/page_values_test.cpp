@@ -1,0 +1,102 @@
+// The pages' arithmetic with exact values: slider scales both ways, RGB and HSV with their
+// tie order and the hue that leaves a colour alone, the light's sequential distance rescaling,
+// and the fog distances' whole and fractional parts.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "pages/page_values.h"
+
+namespace orv {
+namespace {
+
+TEST(PageValues, SlidersMapBothWays) {
+    struct Case {
+        SliderScale scale;
+        double position, value;
+    } cases[] = {
+        {kPercentSlider, 0, 1.0},   {kPercentSlider, 100, 0.0},  {kPercentSlider, 50, 0.5},
+        {kHueSlider, 0, 1.0},       {kHueSlider, 240, 120 * kHueSlider.step},
+        {kAngleSlider, 0, 90},      {kAngleSlider, 90, 0},       {kSharpnessSlider, 128, 0},
+        {kDistanceSlider, 100, 0},  {kDistanceSlider, 75, 2.5},  {kBrightnessSlider, 100, 1.0},
+        {kBrightnessSlider, 0, 2.0},
+    };
+    for (const Case& c : cases) {
+        EXPECT_DOUBLE_EQ(c.scale.value(c.position), c.value) << c.position;
+        EXPECT_NEAR(c.scale.position(c.value), c.position, 1e-9) << c.value;
+    }
+}
+
+TEST(PageValues, RgbToHsvFollowsTheTieOrder) {
+    struct Case {
+        Vec3 rgb;
+        Hsv hsv;
+    } cases[] = {
+        {{1, 0, 0}, {0, 1, 1}},
+        {{0, 1, 0}, {1.0 / 3, 1, 1}},
+        {{0, 0, 1}, {2.0 / 3, 1, 1}},
+        {{1, 1, 0}, {1.0 / 6, 1, 1}},              // red wins the tie with green
+        {{0, 1, 1}, {0.5, 1, 1}},                  // green wins the tie with blue
+        {{1, 0, 1}, {5.0 / 6, 1, 1}},              // red wins, hue below 0 turned
+        {{0.5, 0.5, 0.5}, {0, 0, 0.5}},            // grey
+        {{0, 0, 0}, {0, 0, 0}},
+        {{0.8, 0.4, 0.2}, {(0.4 - 0.2) / 0.6 * 0.16666666666666666, 0.75, 0.8}},
+    };
+    for (const Case& c : cases) {
+        const Hsv hsv = rgbToHsv(c.rgb);
+        EXPECT_NEAR(hsv.h, c.hsv.h, 1e-15) << c.rgb.x << c.rgb.y << c.rgb.z;
+        EXPECT_DOUBLE_EQ(hsv.s, c.hsv.s);
+        EXPECT_DOUBLE_EQ(hsv.v, c.hsv.v);
+    }
+}
+
+TEST(PageValues, HsvToRgbAndTheFullTurn) {
+    struct Case {
+        Hsv hsv;
+        Vec3 before, after;
+    } cases[] = {
+        {{0, 1, 1}, {9, 9, 9}, {1, 0, 0}},
+        {{1.0 / 3, 1, 1}, {9, 9, 9}, {0, 1, 0}},
+        {{0.5, 0.5, 0.8}, {9, 9, 9}, {0.4, 0.8, 0.8}},
+        {{0.75, 1, 1}, {9, 9, 9}, {0.5, 0, 1}},
+        {{0.3, 0, 0.25}, {9, 9, 9}, {0.25, 0.25, 0.25}},  // no saturation: grey, any hue
+        {{1.0, 1, 1}, {0.2, 0.3, 0.4}, {0.2, 0.3, 0.4}},  // a full turn leaves the colour
+    };
+    for (const Case& c : cases) {
+        Vec3 rgb = c.before;
+        hsvToRgb(c.hsv, rgb);
+        EXPECT_NEAR(rgb.x, c.after.x, 1e-15);
+        EXPECT_NEAR(rgb.y, c.after.y, 1e-15);
+        EXPECT_NEAR(rgb.z, c.after.z, 1e-15);
+    }
+}
+
+TEST(PageValues, LightDistanceRescalesOneComponentAfterAnother) {
+    struct Case {
+        Vec3 position, target;
+        double d;
+        Vec3 expected;
+    } cases[] = {
+        {{3, 0, 4}, {0, 0, 0}, 10, {6, 0, 10 * 4 / std::sqrt(36.0 + 16)}},  // close to, not d
+        {{1, 2, 2}, {1, 1, 1}, 0.0005, {1, 2, 2}},                         // below 0.001
+        {{2, 2, 2}, {2, 2, 2}, 3, {2, 2, 5}},                                // on its target
+        {{0, 0, -2}, {0, 0, 0}, 5, {0, 0, -5}},                              // on an axis: exact
+    };
+    for (const Case& c : cases) {
+        Vec3 p = c.position;
+        setLightDistance(p, c.target, c.d);
+        EXPECT_DOUBLE_EQ(p.x, c.expected.x);
+        EXPECT_DOUBLE_EQ(p.y, c.expected.y);
+        EXPECT_DOUBLE_EQ(p.z, c.expected.z);
+    }
+}
+
+TEST(PageValues, FogDistancesSplitIntoWholeAndFraction) {
+    EXPECT_DOUBLE_EQ(wholePart(3.25), 3);
+    EXPECT_DOUBLE_EQ(wholeStep(3.25, +1), 4.25);
+    EXPECT_DOUBLE_EQ(wholeStep(3.25, -1), 2.25);
+    EXPECT_DOUBLE_EQ(wholeStep(0.75, -1), 0.75);  // nothing below the whole part 0
+}
+
+}  // namespace
+}  // namespace orv
