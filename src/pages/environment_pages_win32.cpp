@@ -202,10 +202,8 @@ extern const ToolFamily kEnvironmentTool = {
         return tool.flag ? size_t(std::size(kEnvironmentPages)) : size_t(2);
     },
     [](void* record) { return &static_cast<Env*>(record)->tool; },
-    [](const void* record) { return copyRecordBytes(record, kSnapshotFrom, kSnapshotTo); },
-    [](void* record, const void* snapshot) {
-        restoreRecordBytes(record, snapshot, kSnapshotFrom, kSnapshotTo);
-    },
+    RecordBytes<kSnapshotFrom, kSnapshotTo>::take,
+    RecordBytes<kSnapshotFrom, kSnapshotTo>::restore,
     freeRecordBytes,
 };
 

@@ -95,10 +95,8 @@ extern const ToolFamily kLightTool = {
         return size_t(std::size(kLightPages));
     },
     [](void* record) { return &static_cast<Lgt*>(record)->tool; },
-    [](const void* record) { return copyRecordBytes(record, kSnapshotFrom, kSnapshotTo); },
-    [](void* record, const void* snapshot) {
-        restoreRecordBytes(record, snapshot, kSnapshotFrom, kSnapshotTo);
-    },
+    RecordBytes<kSnapshotFrom, kSnapshotTo>::take,
+    RecordBytes<kSnapshotFrom, kSnapshotTo>::restore,
     freeRecordBytes,
 };
 

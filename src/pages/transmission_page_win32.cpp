@@ -45,10 +45,8 @@ extern const ToolFamily kTransmissionTool = {
         return size_t(std::size(kTransmissionPages));
     },
     [](void* record) { return &static_cast<Trn*>(record)->tool; },
-    [](const void* record) { return copyRecordBytes(record, kSnapshotFrom, kSnapshotTo); },
-    [](void* record, const void* snapshot) {
-        restoreRecordBytes(record, snapshot, kSnapshotFrom, kSnapshotTo);
-    },
+    RecordBytes<kSnapshotFrom, kSnapshotTo>::take,
+    RecordBytes<kSnapshotFrom, kSnapshotTo>::restore,
     freeRecordBytes,
 };
 

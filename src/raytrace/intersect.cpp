@@ -24,17 +24,23 @@ void previewNearest(const Scene& scene, const Ray& ray, Hit& hit) {
     hit.normal = inside ? -hit.geometricNormal : hit.geometricNormal;
 }
 
-// The preview object as the first occluder of a shadow segment, when its material casts
-// shadows: the segment ends where the ray meets it. True when it blocks the light.
-bool previewShadow(const Scene& scene, const Ray& ray, Hit& hit) {
+// A shadow search in a scene with a preview object: the object first, when its material casts
+// shadows, ending the segment where the ray meets it; then, unless it blocks the light, the
+// triangles (traceShadow, or findAnyBlocker with its hint and `unreached` when they are given).
+bool previewShadow(const Scene& scene, const Ray& ray, Hit& hit, int32_t* hint,
+                   bool* unreached) {
     const Mat& material = *scene.preview->material;
     double t;
     bool inside;
-    if (!material.castShadow || !previewSphereHit(scene, ray, hit.t, t, inside)) return false;
-    hit.t = t;
-    hit.body = scene.preview;
-    hit.visibility *= 1.0 - material.opacity;
-    return hit.visibility < kHitEps;
+    if (material.castShadow && previewSphereHit(scene, ray, hit.t, t, inside)) {
+        hit.t = t;
+        hit.body = scene.preview;
+        hit.visibility *= 1.0 - material.opacity;
+        if (hit.visibility < kHitEps) return true;
+    }
+    if (!scene.accel) return false;
+    return hint ? accelFindAnyBlocker(*scene.accel, ray, hit, *hint, *unreached)
+                : accelTraceShadow(*scene.accel, ray, hit);
 }
 
 }  // namespace
@@ -63,7 +69,7 @@ bool findNearest(const Scene& scene, const Ray& ray, Hit& hit) {
 bool traceShadow(const Scene& scene, const Ray& ray, Hit& hit) {
     hit.body = nullptr;
     hit.triangle = nullptr;
-    if (scene.preview && previewShadow(scene, ray, hit)) return true;
+    if (scene.preview) return previewShadow(scene, ray, hit, nullptr, nullptr);
     return scene.accel && accelTraceShadow(*scene.accel, ray, hit);
 }
 
@@ -72,7 +78,7 @@ bool findAnyBlocker(const Scene& scene, const Ray& ray, Hit& hit, int32_t& hint,
     hit.body = nullptr;
     hit.triangle = nullptr;
     unreached = false;
-    if (scene.preview && previewShadow(scene, ray, hit)) return true;
+    if (scene.preview) return previewShadow(scene, ray, hit, &hint, &unreached);
     return scene.accel && accelFindAnyBlocker(*scene.accel, ray, hit, hint, unreached);
 }
 

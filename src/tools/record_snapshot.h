@@ -11,4 +11,13 @@ void* copyRecordBytes(const void* record, size_t from, size_t to);
 void restoreRecordBytes(void* record, const void* snapshot, size_t from, size_t to);
 void freeRecordBytes(void* snapshot);
 
+// The snapshot functions of a family whose page fields are bytes From..To of its record.
+template <size_t From, size_t To>
+struct RecordBytes {
+    static void* take(const void* record) { return copyRecordBytes(record, From, To); }
+    static void restore(void* record, const void* snapshot) {
+        restoreRecordBytes(record, snapshot, From, To);
+    }
+};
+
 }  // namespace orv

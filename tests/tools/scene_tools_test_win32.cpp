@@ -389,3 +389,54 @@ TEST(SceneTools, PreviewShowsTheColourAndARedSphere) {
 }
 
 }  // namespace
+
+namespace {
+
+// MatPreview into a white bitmap: the diffuse colour, or the surface image upright and cropped
+// on light grey. The image (side 4) has pixel (x, row) = (60 x, 60 row, 200), bottom row first.
+TEST(SceneTools, MatPreviewDrawsTheFlatThumbnail) {
+    Mat* mat = CreateMat("Probe");
+    mat->diffuse = {0.5, 0.25, 1};
+    std::vector<uint8_t> image(4 * 4 * 4);
+    for (int row = 0; row < 4; ++row) {
+        for (int x = 0; x < 4; ++x) {
+            uint8_t* p = &image[4 * (row * 4 + x)];
+            p[0] = uint8_t(60 * x), p[1] = uint8_t(60 * row), p[2] = 200, p[3] = 255;
+        }
+    }
+    const struct {
+        bool textured;
+        int size, x, y;  // a device pixel, relative to the square at (2, 3)
+        COLORREF expected;
+    } cases[] = {
+        {false, 6, 0, 0, RGB(127, 63, 255)}, {false, 6, 5, 5, RGB(127, 63, 255)},
+        {false, 6, 6, 6, RGB(255, 255, 255)},  // outside the square
+        {true, 6, 1, 0, RGB(60, 180, 200)},    // the top row shows the image's last row
+        {true, 6, 3, 3, RGB(180, 0, 200)},     {true, 6, 4, 0, RGB(192, 192, 192)},
+        {true, 6, 5, 5, RGB(192, 192, 192)},   // the image is smaller: grey around it
+        {true, 2, 1, 1, RGB(60, 120, 200)},    // larger: cropped, not scaled
+        {true, 2, 2, 0, RGB(255, 255, 255)},
+    };
+    HDC screen = GetDC(nullptr);
+    HDC dc = CreateCompatibleDC(screen);
+    HBITMAP bitmap = CreateCompatibleBitmap(screen, 16, 16);
+    HGDIOBJ before = SelectObject(dc, bitmap);
+    for (const auto& c : cases) {
+        mat->slots[0].pixels = c.textured ? image.data() : nullptr;
+        mat->slots[0].side = c.textured ? 4 : 0;
+        mat->slots[0].pixelBytes = c.textured ? uint32_t(image.size()) : 0;
+        PatBlt(dc, 0, 0, 16, 16, WHITENESS);
+        EXPECT_EQ(MatPreview(mat, 2, 3, c.size, dc), 1);
+        EXPECT_EQ(GetPixel(dc, 2 + c.x, 3 + c.y), c.expected)
+            << c.textured << " " << c.size << " " << c.x << "," << c.y;
+    }
+    mat->slots[0].pixels = nullptr;  // the test's own buffer
+    mat->slots[0].side = mat->slots[0].pixelBytes = 0;
+    SelectObject(dc, before);
+    DeleteObject(bitmap);
+    DeleteDC(dc);
+    ReleaseDC(nullptr, screen);
+    DisposeMat(mat);
+}
+
+}  // namespace
