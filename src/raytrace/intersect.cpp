@@ -10,25 +10,31 @@ namespace orv {
 
 namespace {
 
-// The preview object's surface hit (kinds 0 to 2) when it lies before hit.t.
-void previewNearest(const Scene& scene, const Ray& ray, Hit& hit) {
+// The searches of a scene with a preview object, kept out of line: the searches of every other
+// scene pay one null test for it.
+
+// Kinds 0 to 2: the preview object's hit when it lies before hit.t, then a nearer triangle's.
+__attribute__((noinline)) bool previewNearest(const Scene& scene, const Ray& ray, Hit& hit) {
     double t;
     bool inside;
-    if (!previewSphereHit(scene, ray, hit.t, t, inside)) return;
-    hit.t = t;
-    hit.body = scene.preview;
-    hit.point = ray.origin + t * ray.dir;
-    hit.geometricNormal = hit.point - scene.previewCentre;
-    normalise(hit.geometricNormal);
-    hit.inside = inside;
-    hit.normal = inside ? -hit.geometricNormal : hit.geometricNormal;
+    if (previewSphereHit(scene, ray, hit.t, t, inside)) {
+        hit.t = t;
+        hit.body = scene.preview;
+        hit.point = ray.origin + t * ray.dir;
+        hit.geometricNormal = hit.point - scene.previewCentre;
+        normalise(hit.geometricNormal);
+        hit.inside = inside;
+        hit.normal = inside ? -hit.geometricNormal : hit.geometricNormal;
+    }
+    if (scene.accel) accelFindNearest(*scene.accel, ray, hit);
+    return hit.body != nullptr;
 }
 
-// A shadow search in a scene with a preview object: the object first, when its material casts
-// shadows, ending the segment where the ray meets it; then, unless it blocks the light, the
-// triangles (traceShadow, or findAnyBlocker with its hint and `unreached` when they are given).
-bool previewShadow(const Scene& scene, const Ray& ray, Hit& hit, int32_t* hint,
-                   bool* unreached) {
+// Kind 3: the preview object first, when its material casts shadows, ending the segment where
+// the ray meets it; then, unless it blocks the light, the triangles (traceShadow, or
+// findAnyBlocker with its hint and `unreached` when they are given).
+__attribute__((noinline)) bool previewShadow(const Scene& scene, const Ray& ray, Hit& hit,
+                                             int32_t* hint, bool* unreached) {
     const Mat& material = *scene.preview->material;
     double t;
     bool inside;
@@ -61,9 +67,9 @@ bool previewSphereHit(const Scene& scene, const Ray& ray, double bound, double& 
 bool findNearest(const Scene& scene, const Ray& ray, Hit& hit) {
     hit.body = nullptr;
     hit.triangle = nullptr;
-    if (scene.preview) previewNearest(scene, ray, hit);
+    if (scene.preview) return previewNearest(scene, ray, hit);
     if (scene.accel) accelFindNearest(*scene.accel, ray, hit);
-    return hit.body != nullptr;
+    return hit.triangle != nullptr;
 }
 
 bool traceShadow(const Scene& scene, const Ray& ray, Hit& hit) {

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "colour_page_ids.h"
@@ -437,6 +438,41 @@ TEST(SceneTools, MatPreviewDrawsTheFlatThumbnail) {
     DeleteDC(dc);
     ReleaseDC(nullptr, screen);
     DisposeMat(mat);
+}
+
+}  // namespace
+
+namespace {
+
+// "Auswahl": the system's colour dialog, opened with the page's colour; its choice is stored.
+// A user in another thread types red, green and blue into it and presses OK.
+TEST(SceneTools, ChoosingAColourStoresIt) {
+    LightTool tool([](Lgt& l) { l.color = {0.2, 0.4, 0.6}; });
+    tool.sheet.selectPage(2);
+    const HWND sheet = tool.sheet.sheet();
+    std::string shown;
+    std::thread user([&] {
+        HWND dialog = nullptr;
+        for (int i = 0; i < 500 && !dialog; ++i, Sleep(10)) {
+            for (HWND w = FindWindowA("#32770", nullptr); w; w = GetWindow(w, GW_HWNDNEXT))
+                if (w != sheet && GetWindow(w, GW_OWNER) && IsWindowVisible(w)) dialog = w;
+        }
+        if (!dialog) return;
+        char red[16] = "";
+        GetDlgItemTextA(dialog, 706, red, sizeof red);  // the dialog's red, green, blue edits
+        shown = red;
+        const char* typed[] = {"255", "0", "51"};
+        for (int i = 0; i < 3; ++i) SetDlgItemTextA(dialog, 706 + i, typed[i]);
+        SendMessageA(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
+    });
+    tool.sheet.click(IDC_COLOUR_CHOOSE);
+    user.join();
+    EXPECT_EQ(shown, "51");  // 0.2 x 255
+    EXPECT_DOUBLE_EQ(tool.record->color.x, 1.0);
+    EXPECT_DOUBLE_EQ(tool.record->color.y, 0.0);
+    EXPECT_DOUBLE_EQ(tool.record->color.z, 0.2);
+    EXPECT_EQ(tool.sheet.sliderPosition(IDC_COLOUR_BLUE), 80);
+    EXPECT_EQ(tool.reasons(1), 1);
 }
 
 }  // namespace
