@@ -109,6 +109,13 @@ TEST(SceneTools, SheetsShowTheirPagesInTheUsersLanguage) {
         for (int i = 0; i < 3; ++i) EXPECT_EQ(light.sheet.pageTitle(i), lightTitles[language][i]);
         EXPECT_EQ(light.sheet.text(IDC_PREVIEW_SHADED), german() ? "&Schattiert" : "S&haded");
         shootPages(light.sheet, 3, "light_tool");
+        light.sheet.click(IDC_PREVIEW_CUBE);  // the cube, shaded and raytraced
+        for (int mode = 1; mode < 3; ++mode) {
+            light.sheet.click(modeButtons[mode]);
+            if (mode == 2) Sleep(1500);
+            EXPECT_FALSE(
+                light.sheet.screenshot(std::string("light_tool_cube_") + modes[mode]).empty());
+        }
     }
     {
         SceneTool scene;
