@@ -82,7 +82,7 @@ TEST(ToolReliability, RaytracedPreviewsStartedAndCancelledLeaveNothingBehind) {
         host.waitUntil([lgt] { return !lgt->tool; });
         WaitLgtTool(lgt);
     };
-    run(20);  // warm-up
+    run(kUpdates);  // warm-up: the heap grows to its working size over the first few hundred
     const ProcessUsage before = usageNow();
     run(kUpdates);
     const ProcessUsage after = usageNow();
