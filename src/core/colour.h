@@ -15,4 +15,10 @@ constexpr OrvVec3 colourFromRef(uint32_t ref) {
             ((ref >> 16) & 0xFF) * kByteToUnit};
 }
 
+// Each channel times 255, truncated: the Win32 colour of a colour triple.
+constexpr uint32_t colourToRef(const OrvVec3& c) {
+    return (uint32_t(int(c.x * 255)) & 0xFF) | (uint32_t(int(c.y * 255)) & 0xFF) << 8 |
+           (uint32_t(int(c.z * 255)) & 0xFF) << 16;
+}
+
 }  // namespace orv

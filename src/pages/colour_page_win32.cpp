@@ -3,10 +3,10 @@
 // dialog, "Kopie Diffus" (material pages after the first) copies the diffuse colour.
 #include <windows.h>
 
-#include <commctrl.h>
 #include <commdlg.h>
 
 #include "colour_page_ids.h"
+#include "core/colour.h"
 #include "pages/colour_page.h"
 #include "pages/preview_page_win32.h"
 #include "tools/dialog_controls_win32.h"
@@ -39,11 +39,6 @@ constexpr ColourSlider kColourSliders[] = {
     {IDC_COLOUR_VALUE, IDC_COLOUR_VALUE_SHOWN, kPercentSlider, 10, NumberFormat::percent, 1},
 };
 
-COLORREF win32Colour(const Vec3& c) {
-    auto byte = [](double v) { return static_cast<BYTE>(static_cast<int>(v * 255)); };
-    return RGB(byte(c.x), byte(c.y), byte(c.z));
-}
-
 class ColourPage final : public PreviewPage {
 public:
     ColourPage(ToolBlock& tool, const ColourDesign& design)
@@ -64,7 +59,7 @@ private:
         ShowWindow(GetDlgItem(window(), IDC_COLOUR_COPY_DIFFUSE),
                    design_.copyDiffuse ? SW_SHOW : SW_HIDE);
         if (design_.materialPage >= 0 && design_.materialPage < 16 && record())
-            materialCustomColours[design_.materialPage] = win32Colour(colour(record()));
+            materialCustomColours[design_.materialPage] = colourToRef(colour(record()));
     }
 
     void fillControls(void* record) override { show(colour(record)); }
@@ -91,13 +86,10 @@ private:
         changed(dragging);
     }
 
-    void scrolled(int id, int code) override {
-        if (code != TB_THUMBTRACK && code != TB_THUMBPOSITION && code != TB_ENDTRACK) return;
-        void* r = record();
+    void sliderMoved(void* r, int id, bool dragging) override {
         int moved = -1;
         for (int i = 0; i < 6; ++i) moved = kColourSliders[i].slider == id ? i : moved;
-        if (moved < 0 || !r) return;
-        stopPreviewRaytrace(window());
+        if (moved < 0) return;
         Vec3 rgb = colour(r);
         Hsv hsv = rgbToHsv(rgb);
         const double value = kColourSliders[moved].scale.value(sliderPosition(window(), id));
@@ -110,7 +102,7 @@ private:
         default: hsv.v = value; break;
         }
         if (moved >= kHue) hsvToRgb(hsv, rgb);
-        store(r, rgb, code == TB_THUMBTRACK);
+        store(r, rgb, dragging);
     }
 
     void controlClicked(void* record, int id) override {
@@ -127,7 +119,7 @@ private:
         CHOOSECOLORA dialog{};
         dialog.lStructSize = sizeof dialog;
         dialog.hwndOwner = window();
-        dialog.rgbResult = win32Colour(colour(record));
+        dialog.rgbResult = colourToRef(colour(record));
         dialog.lpCustColors = customColours();
         dialog.Flags = CC_FULLOPEN | CC_RGBINIT;
         if (!ChooseColorA(&dialog) || !storing()) return;

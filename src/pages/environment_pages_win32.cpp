@@ -3,8 +3,6 @@
 // colour), "Nebel 1" (192: the fog) and "Nebel 2" (the fog colour).
 #include <windows.h>
 
-#include <commctrl.h>
-
 #include <cstddef>
 #include <initializer_list>
 #include <iterator>
@@ -124,18 +122,14 @@ private:
         showNumber(d.display, env.*d.field, NumberFormat::twoDecimals);
     }
 
-    void scrolled(int id, int code) override {
-        PreviewPage::scrolled(id, code);
-        void* r = record();
-        if (!r || (code != TB_THUMBTRACK && code != TB_THUMBPOSITION && code != TB_ENDTRACK))
-            return;
+    void sliderMoved(void* r, int id, bool dragging) override {
+        PreviewPage::sliderMoved(r, id, dragging);
         for (size_t i = 0; i < std::size(kFogDistances); ++i) {
             const FogDistance& d = kFogDistances[i];
             if (d.slider != id) continue;
-            stopPreviewRaytrace(window());
             environment(r).*d.field = whole_[i] + kPercentSlider.value(sliderPosition(window(), id));
             showDistance(d, environment(r));
-            changed(code == TB_THUMBTRACK);
+            changed(dragging);
         }
     }
 

@@ -48,12 +48,17 @@ void PreviewPage::clicked(int id) {
 void PreviewPage::scrolled(int id, int code) {
     if (code != TB_THUMBTRACK && code != TB_THUMBPOSITION && code != TB_ENDTRACK) return;
     void* r = record();
+    if (!r) return;
+    stopPreviewRaytrace(window());
+    sliderMoved(r, id, code == TB_THUMBTRACK);
+}
+
+void PreviewPage::sliderMoved(void* record, int id, bool dragging) {
     for (const SliderField* f = sliders_; f != sliders_ + count_; ++f) {
         if (f->slider != id) continue;
-        stopPreviewRaytrace(window());
-        f->write(r, f->scale.value(sliderPosition(window(), id)));
-        if (f->display) showNumber(f->display, f->read(r) * f->shownFactor, f->format);
-        changed(code == TB_THUMBTRACK);
+        f->write(record, f->scale.value(sliderPosition(window(), id)));
+        if (f->display) showNumber(f->display, f->read(record) * f->shownFactor, f->format);
+        changed(dragging);
     }
 }
 

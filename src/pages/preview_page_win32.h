@@ -38,9 +38,14 @@ protected:
     void created() override;
     void fill() override;
     void clicked(int id) override;
-    void scrolled(int id, int code) override;
+    // A slider's move (its thumb held, released or set): the picture being traced stops,
+    // then sliderMoved.
+    void scrolled(int id, int code) final;
     void deactivated() override;
 
+    // A slider of the page moved; dragging while its thumb is held. Sliders of the table store
+    // their value and notify.
+    virtual void sliderMoved(void* record, int id, bool dragging);
     // The page's own controls beyond its sliders: radio buttons, check boxes, enabling.
     virtual void fillControls(void* record) { (void)record; }
     virtual void controlClicked(void* record, int id) { (void)record, (void)id; }

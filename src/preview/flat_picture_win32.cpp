@@ -7,17 +7,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "core/colour.h"
 #include "core/process_lock.h"
 #include "preview/preview_state_win32.h"
 
 namespace orv {
 
 namespace {
-
-COLORREF win32Colour(const Vec3& c) {
-    auto byte = [](double v) { return static_cast<BYTE>(static_cast<int>(v * 255)); };
-    return RGB(byte(c.x), byte(c.y), byte(c.z));
-}
 
 void fill(HDC dc, const RECT& area, COLORREF colour) {
     HBRUSH brush = CreateSolidBrush(colour);
@@ -57,7 +53,7 @@ void drawMaterialThumbnail(const Mat& mat, int x, int y, int size, HDC dc) {
             return;
         }
     }
-    fill(dc, square, win32Colour(mat.diffuse));
+    fill(dc, square, colourToRef(mat.diffuse));
 }
 
 void paintFlatPicture(PreviewState& state) {
@@ -65,7 +61,7 @@ void paintFlatPicture(PreviewState& state) {
     const Mat* mat = state.subject.material;
     const int slotIndex = state.subject.textureSlot;
     if (!mat || slotIndex < 0 || slotIndex > 3) {
-        fill(state.memoryDc, area, win32Colour(state.subject.colour));
+        fill(state.memoryDc, area, colourToRef(state.subject.colour));
         return;
     }
     FillRect(state.memoryDc, &area, HBRUSH(GetStockObject(LTGRAY_BRUSH)));
