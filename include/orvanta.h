@@ -512,6 +512,19 @@ ORVANTA_API int32_t OpenEnvTool1(void* owner, Env* env, uint64_t host, OrvApplyC
                                  void* data);
 ORVANTA_API int32_t WaitEnvTool(Env* env);
 
+/** Opens the material tool over mat: the colour pages "Diffus", "Glanz", "Ambient" and
+ *  "Emission", "Licht" (gloss, transparency, reflection, refraction, shadows), "Textur" (the
+ *  surface texture; in expert mode "Oberfläche", "Reflektion", "Transparenz" and "Struktur",
+ *  one per slot) and "Position" (the texture's rotation and offset). Changes are written to mat
+ *  and called back as for OpenLgtTool, except those of the texture pages: each works on its own
+ *  copy of its slot, which OK copies into mat (under the texture lock) before calling back with
+ *  reason 0. Cancel restores mat as it was when the tool opened, images included, and calls
+ *  back with reason 1. The expert mode is read when the sheet is built. DisposeMat closes an
+ *  open tool and waits for its thread. Returns 0 when mat already has a tool. */
+ORVANTA_API int32_t OpenMatTool(void* owner, Mat* mat, uint64_t host1, uint64_t host2,
+                                OrvApplyCallback callback, void* data);
+ORVANTA_API int32_t WaitMatTool(Mat* mat);
+
 /** Draws a flat thumbnail of mat into the square of edge size at (x, y) of the device context
  *  dc (an HDC): the surface texture's image one pixel per pixel from the top-left corner on
  *  light grey (cropped to the square), or, without one, the diffuse colour. No OpenGL is used.

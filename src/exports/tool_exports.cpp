@@ -49,6 +49,13 @@ ORVANTA_API int32_t OpenEnvTool1(void* owner, Env* env, uint64_t host, OrvApplyC
 
 ORVANTA_API int32_t WaitEnvTool(Env* env) { return orv::waitTool(orv::kEnvironmentTool, env); }
 
+ORVANTA_API int32_t OpenMatTool(void* owner, Mat* mat, uint64_t host1, uint64_t host2,
+                                OrvApplyCallback callback, void* data) {
+    return orv::openTool(orv::kMaterialTool, mat, request(owner, callback, data, host1, host2));
+}
+
+ORVANTA_API int32_t WaitMatTool(Mat* mat) { return orv::waitTool(orv::kMaterialTool, mat); }
+
 ORVANTA_API int32_t MatPreview(const Mat* mat, uint32_t x, uint32_t y, int32_t size, void* dc) {
     orv::drawMaterialThumbnail(*mat, int(x), int(y), size, static_cast<HDC>(dc));
     return 1;

@@ -55,7 +55,7 @@ private:
     void created() override {
         PreviewPage::created();
         for (const ColourSlider& s : kColourSliders)
-            setupSlider(window(), s.slider, s.ticStep, 0, s.scale.range);
+            setupSlider(window(), s.slider, s.ticStep, s.scale.low, s.scale.high);
         ShowWindow(GetDlgItem(window(), IDC_COLOUR_COPY_DIFFUSE),
                    design_.copyDiffuse ? SW_SHOW : SW_HIDE);
         if (design_.materialPage >= 0 && design_.materialPage < 16 && record())

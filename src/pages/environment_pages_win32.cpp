@@ -28,7 +28,7 @@ const Env& environment(const void* record) { return *static_cast<const Env*>(rec
 constexpr SliderField kLightsSliders[] = {
     {IDC_ENV_BRIGHTNESS, IDC_ENV_BRIGHTNESS_SHOWN, kBrightnessSlider, 10, NumberFormat::percent,
      1, [](const void* r) { return environment(r).brightness; },
-     [](void* r, double v) { environment(r).brightness = v; }},
+     [](void* r, double v) { environment(r).brightness = v; }, nullptr},
 };
 
 // The check box of each bit of standardLights, bit 0 first.
@@ -73,7 +73,7 @@ private:
 constexpr SliderField kFogSliders[] = {
     {IDC_FOG_DENSITY, IDC_FOG_DENSITY_SHOWN, kPercentSlider, 10, NumberFormat::percent, 1,
      [](const void* r) { return environment(r).fogDensity; },
-     [](void* r, double v) { environment(r).fogDensity = v; }},
+     [](void* r, double v) { environment(r).fogDensity = v; }, nullptr},
 };
 
 // "Nah" and "Fern": a slider for the fraction of the distance and buttons for its whole part,
@@ -101,7 +101,7 @@ private:
     void created() override {
         PreviewPage::created();
         for (const FogDistance& d : kFogDistances)
-            setupSlider(window(), d.slider, 10, 0, kPercentSlider.range);
+            setupSlider(window(), d.slider, 10, kPercentSlider.low, kPercentSlider.high);
     }
 
     void fillControls(void* record) override {

@@ -21,7 +21,8 @@ const Lgt& light(const void* record) { return *static_cast<const Lgt*>(record); 
 
 constexpr SliderField kTypeSliders[] = {
     {IDC_LIGHT_GLOSS, 0, kPercentSlider, 10, NumberFormat::percent, 1,
-     [](const void* r) { return light(r).gloss; }, [](void* r, double v) { light(r).gloss = v; }},
+     [](const void* r) { return light(r).gloss; }, [](void* r, double v) { light(r).gloss = v; },
+     nullptr},
 };
 
 class LightTypePage final : public PreviewPage {
@@ -56,15 +57,16 @@ private:
 constexpr SliderField kSpotSliders[] = {
     {IDC_SPOT_DISTANCE, IDC_SPOT_DISTANCE_SHOWN, kDistanceSlider, 10, NumberFormat::oneDecimal, 1,
      [](const void* r) { return length(light(r).position - light(r).target); },
-     [](void* r, double d) { setLightDistance(light(r).position, light(r).target, d); }},
+     [](void* r, double d) { setLightDistance(light(r).position, light(r).target, d); }, nullptr},
     {IDC_SPOT_ANGLE, IDC_SPOT_ANGLE_SHOWN, kAngleSlider, 15, NumberFormat::whole, 1,
-     [](const void* r) { return light(r).angle; }, [](void* r, double v) { light(r).angle = v; }},
+     [](const void* r) { return light(r).angle; }, [](void* r, double v) { light(r).angle = v; },
+     nullptr},
     {IDC_SPOT_SHARPNESS, IDC_SPOT_SHARPNESS_SHOWN, kSharpnessSlider, 16, NumberFormat::percent,
      0.0078125, [](const void* r) { return light(r).sharpness; },
-     [](void* r, double v) { light(r).sharpness = v; }},
+     [](void* r, double v) { light(r).sharpness = v; }, nullptr},
     {IDC_SPOT_FALLOFF, IDC_SPOT_FALLOFF_SHOWN, kPercentSlider, 10, NumberFormat::percent, 1,
      [](const void* r) { return light(r).falloff; },
-     [](void* r, double v) { light(r).falloff = v; }},
+     [](void* r, double v) { light(r).falloff = v; }, nullptr},
 };
 
 constexpr ColourDesign kLightColour{offsetof(Lgt, color), Edited::light, -1, false};

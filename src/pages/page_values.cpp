@@ -66,4 +66,13 @@ double wholeStep(double distance, int direction) {
     return distance + (direction < 0 ? -1 : 1);
 }
 
+double textureSizeAt(double position, double size, double r) {
+    if (position < 1 || position > 100) return size;
+    return (101 - position) * 0.01 * r;
+}
+
+double textureSizePosition(double size, double r) {
+    return r != 0 ? 100 - size / r * 100 : 50;
+}
+
 }  // namespace orv

@@ -10,21 +10,39 @@
 
 namespace orv {
 
-// A vertical slider with 0 at its top: value = (range - position) x step, so the top is the
-// largest value. position() is the inverse, not yet rounded (the slider helpers round).
+// A vertical slider: value = (origin - position) x step, so with a positive step the top
+// (position low) is the largest value. position() is the inverse, not yet rounded (the slider
+// helpers round). Positions run from low to high.
 struct SliderScale {
-    double range;
+    double origin;
     double step;
-    double value(double position) const { return (range - position) * step; }
-    double position(double value) const { return range - value / step; }
+    int low, high;
+    double value(double position) const { return (origin - position) * step; }
+    double position(double value) const { return origin - value / step; }
 };
 
-constexpr SliderScale kPercentSlider{100, 0.01};             // colour components, gloss, falloff
-constexpr SliderScale kHueSlider{360, 0.002777777777777778};  // a full turn is 1
-constexpr SliderScale kAngleSlider{90, 1};                    // a spot's cone in degrees
-constexpr SliderScale kSharpnessSlider{128, 1};
-constexpr SliderScale kDistanceSlider{100, 0.1};
-constexpr SliderScale kBrightnessSlider{200, 0.01};
+constexpr SliderScale kPercentSlider{100, 0.01, 0, 100};  // colour components, gloss, falloff
+constexpr SliderScale kHueSlider{360, 0.002777777777777778, 0, 360};  // a full turn is 1
+constexpr SliderScale kAngleSlider{90, 1, 0, 90};                     // a spot's cone in degrees
+constexpr SliderScale kSharpnessSlider{128, 1, 0, 128};
+constexpr SliderScale kDistanceSlider{100, 0.1, 0, 100};
+constexpr SliderScale kBrightnessSlider{200, 0.01, 0, 200};
+
+// The material's sliders. Gloss: the square of the value is the shininess, 100 at the top.
+// Opacity grows downward (the top is fully transparent). Refraction: the value plus 1 is the
+// index, 2.5 at the top. Rotation: minus the position in degrees. Texture offset: minus the
+// position in hundredths of a tile edge.
+constexpr SliderScale kGlossSlider{100, 0.1, 0, 100};
+constexpr SliderScale kOpacitySlider{0, -0.01, 0, 100};
+constexpr SliderScale kRefractionSlider{150, 0.01, 0, 150};
+constexpr SliderScale kRotationSlider{0, 1, -180, 180};
+constexpr SliderScale kOffsetSlider{0, 0.01, -100, 100};
+
+// A texture page's "Größe" slider against its reference length r: positions 1..100 give
+// (101 - position) x 0.01 x r, so never 0; the top (0) leaves size as it is.
+double textureSizeAt(double position, double size, double r);
+// Where the slider shows size: 100 - size / r x 100; the middle when r is 0.
+double textureSizePosition(double size, double r);
 
 struct Hsv {
     double h, s, v;  // each 0..1; a hue of 1 is a full turn

@@ -8,5 +8,6 @@ namespace orv {
 extern const ToolFamily kTransmissionTool;
 extern const ToolFamily kLightTool;
 extern const ToolFamily kEnvironmentTool;
+extern const ToolFamily kMaterialTool;
 
 }  // namespace orv

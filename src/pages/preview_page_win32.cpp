@@ -20,13 +20,18 @@ PreviewPage::~PreviewPage() {
 void PreviewPage::created() {
     createPreview(window());
     for (const SliderField* f = sliders_; f != sliders_ + count_; ++f)
-        setupSlider(window(), f->slider, f->ticStep, 0, f->scale.range);
+        setupSlider(window(), f->slider, f->ticStep, f->scale.low, f->scale.high);
 }
 
 void PreviewPage::showSlider(const SliderField& field, const void* record) {
-    const double value = field.read(record);
-    setSliderPosition(window(), field.slider, field.scale.position(value));
-    if (field.display) showNumber(field.display, value * field.shownFactor, field.format);
+    setSliderPosition(window(), field.slider, field.scale.position(field.read(record)));
+    showValue(field, record);
+}
+
+void PreviewPage::showValue(const SliderField& field, const void* record) {
+    if (!field.display) return;
+    const double value = field.shown ? field.shown(record) : field.read(record);
+    showNumber(field.display, value * field.shownFactor, field.format);
 }
 
 void PreviewPage::fill() {
@@ -57,7 +62,7 @@ void PreviewPage::sliderMoved(void* record, int id, bool dragging) {
     for (const SliderField* f = sliders_; f != sliders_ + count_; ++f) {
         if (f->slider != id) continue;
         f->write(record, f->scale.value(sliderPosition(window(), id)));
-        if (f->display) showNumber(f->display, f->read(record) * f->shownFactor, f->format);
+        showValue(*f, record);
         changed(dragging);
     }
 }
@@ -95,7 +100,8 @@ void PreviewPage::refreshPreview() {
         subject.localEnvSource = subject.env;
         break;
     case Edited::material:
-        subject.material = static_cast<const Mat*>(r);
+        subject.material = previewMaterial(r);
+        subject.textureSlot = previewSlot();
         break;
     }
     updatePreview(window(), subject, settings_);

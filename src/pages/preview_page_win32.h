@@ -17,7 +17,8 @@ namespace orv {
 enum class Edited { light, environment, material };
 
 // A slider of a page's table, bound to a value of the record by two functions (a value may be
-// more than a field, as a light's distance from its target is).
+// more than a field, as a light's distance from its target is, or less, as the square root of
+// a material's shininess is).
 struct SliderField {
     int slider, display;
     SliderScale scale;
@@ -26,6 +27,8 @@ struct SliderField {
     double shownFactor;  // the display shows value x shownFactor
     double (*read)(const void* record);
     void (*write)(void* record, double value);
+    // What the display shows instead, where it is not the slider's value (null: the value).
+    double (*shown)(const void* record);
 };
 
 class PreviewPage : public ToolPage {
@@ -51,11 +54,18 @@ protected:
     virtual void controlClicked(void* record, int id) { (void)record, (void)id; }
     // The colour the preview shows in colour mode.
     virtual Vec3 shownColour(const void* record) const;
+    // A material page's picture: the material shown and the slot whose image colour mode shows
+    // (-1: the colour).
+    virtual const Mat* previewMaterial(const void* record) { return static_cast<const Mat*>(record); }
+    virtual int previewSlot() const { return -1; }
 
     // A value changed: the host (unless dragging with "Anz. akt." off), then the preview.
     void changed(bool dragging);
     void refreshPreview();
     void showSlider(const SliderField& field, const void* record);
+    void showValue(const SliderField& field, const void* record);
+
+    const PreviewSettings& previewSettings() const { return settings_; }
 
     Edited edited_;
 

@@ -117,6 +117,13 @@ void ToolPage::showNumber(int id, double value, NumberFormat format) {
     writing_ = was;
 }
 
+void ToolPage::showText(int id, const char* text) {
+    const bool was = writing_;
+    writing_ = true;
+    SetDlgItemTextA(window_, id, text);
+    writing_ = was;
+}
+
 // ---- table pages ---------------------------------------------------------------------------
 
 void FieldPage::fill() {

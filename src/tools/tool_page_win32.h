@@ -42,8 +42,9 @@ protected:
     // The record, or null once it is being disposed of.
     void* record() const { return tool_.disposing ? nullptr : tool_.record; }
     HWND window() const { return window_; }
-    // Writes a number into an edit without taking it for the user's input.
+    // Writes a number or a text into an edit without taking it for the user's input.
     void showNumber(int id, double value, NumberFormat format);
+    void showText(int id, const char* text);
     // False once the page was reset or applied: it stores nothing more.
     bool storing() const { return !stopped_ && record(); }
 

@@ -21,34 +21,9 @@
 #include "orvanta.h"
 #include "preview_ids.h"
 #include "tools/editor_harness_win32.h"
+#include "tools/open_tool_win32.h"
 
 namespace {
-
-bool german() { return shownLanguage() == "de"; }
-
-// One record with its tool open over a host window; the tool is cancelled and waited for at
-// the end unless a test closed it.
-template <typename Record>
-struct OpenTool {
-    EditorHost host;
-    Record* record;
-    SheetDriver sheet{nullptr};
-    std::function<int32_t(Record*)> wait;
-    std::function<void(Record*)> dispose;
-
-    ~OpenTool() {
-        if (record->tool) sheet.press(PSBTN_CANCEL);
-        host.waitUntil([this] { return !record->tool; });
-        wait(record);
-        dispose(record);
-    }
-    bool closed() { return host.waitUntil([this] { return !record->tool; }) && wait(record) == 1; }
-    int reasons(int32_t reason) const {
-        int n = 0;
-        for (const ApplyCall& c : host.calls()) n += c.reason == reason && c.record == record;
-        return n;
-    }
-};
 
 struct LightTool : OpenTool<Lgt> {
     explicit LightTool(const std::function<void(Lgt&)>& prepare = nullptr) {
@@ -74,12 +49,6 @@ struct SceneTool : OpenTool<Env> {
         sheet = SheetDriver(host.sheet());
     }
 };
-
-std::string caption(HWND window) {
-    char text[256] = "";
-    GetWindowTextA(window, text, sizeof text);
-    return text;
-}
 
 // ---- the sheets ----------------------------------------------------------------------------
 
@@ -130,29 +99,6 @@ TEST(SceneTools, SheetsShowTheirPagesInTheUsersLanguage) {
 
 // ---- sliders: every one at its top, bottom and an inner position ---------------------------
 
-struct SliderCase {
-    int page, slider, position;
-    double expected;
-    const char* shown;  // the display's text, or null
-    int display;
-};
-
-template <typename Tool, typename Record>
-void slideAll(Tool& tool, const std::vector<SliderCase>& cases,
-              const std::function<double(const Record&, const SliderCase&)>& value) {
-    for (const SliderCase& c : cases) {
-        SCOPED_TRACE(testing::Message() << "slider " << c.slider << " at " << c.position);
-        tool.sheet.selectPage(c.page);
-        tool.sheet.slide(c.slider, c.position);
-        if (c.expected >= 0) {
-            EXPECT_NEAR(value(*tool.record, c), c.expected, 1e-12);
-        }
-        if (c.shown) {
-            EXPECT_EQ(tool.sheet.text(c.display), c.shown);
-        }
-    }
-}
-
 // (3, 0, 4) at distance 10, rescaled twice: x 6 and z 40 / sqrt(52), then again from there.
 constexpr double kRescaledX = 7.342823073671613, kRescaledZ = 6.0277021994238655;
 
@@ -174,7 +120,7 @@ TEST(SceneTools, LightSlidersSetTheirFields) {
         // From (3, 0, 4), once per notification (the thumb's position, then the end): x 6, z
         // rescaled with x already 6, then once more from there; close to 10, not exactly.
         {1, IDC_SPOT_DISTANCE, 0, kRescaledZ, "9.5", IDC_SPOT_DISTANCE_SHOWN},
-        {1, IDC_SPOT_DISTANCE, 100, -1, "9.5", IDC_SPOT_DISTANCE_SHOWN},  // 0: stays
+        {1, IDC_SPOT_DISTANCE, 100, kUnchecked, "9.5", IDC_SPOT_DISTANCE_SHOWN},  // 0: stays
     };
     slideAll<LightTool, Lgt>(tool, cases, [](const Lgt& l, const SliderCase& c) {
         switch (c.slider) {
