@@ -91,18 +91,12 @@ void TextTextureDialog::fill() {
     SetDlgItemInt(window_, IDC_TEXT_SIZE, slot_.textSize, FALSE);
     for (const auto& p : kPlacements) setCheck(window_, p.id, slot_.*p.field == p.value);
     filling_ = false;
-    textTyped_ = false;
 }
 
 void TextTextureDialog::command(int id, int code) {
     if (filling_) return;
     if (id == IDC_TEXT_TEXT) {
-        if (code == EN_CHANGE) {
-            textTyped_ = true;
-            if (host_.drawsWhileTyping()) storeText();
-        } else if (code == EN_KILLFOCUS && textTyped_) {
-            storeText();
-        }
+        if ((code == EN_CHANGE && host_.drawsWhileTyping()) || code == EN_KILLFOCUS) storeText();
         return;
     }
     if (id == IDC_TEXT_SIZE) {
@@ -134,7 +128,6 @@ void TextTextureDialog::command(int id, int code) {
 void TextTextureDialog::storeText() {
     char text[sizeof slot_.text + 1] = {};
     GetDlgItemTextA(window_, IDC_TEXT_TEXT, text, sizeof text);
-    textTyped_ = false;
     if (std::strncmp(text, slot_.text, sizeof slot_.text) == 0) return;
     std::memset(slot_.text, 0, sizeof slot_.text);
     std::memcpy(slot_.text, text, strnlen(text, sizeof slot_.text));

@@ -40,6 +40,7 @@ private:
     INT_PTR handle(UINT message, WPARAM wParam, LPARAM lParam);
     void fill();
     void command(int id, int code);
+    // The text as typed into the slot, drawn when it changed.
     void storeText();
     void storeSize();
     void chooseFont();
@@ -52,7 +53,6 @@ private:
     TextTextureHost& host_;
     HWND window_ = nullptr;
     bool filling_ = false;
-    bool textTyped_ = false;  // typed since it was last drawn
     OrvTextureSlot before_{};  // the text fields as the dialog opened ("Abbrechen")
 };
 

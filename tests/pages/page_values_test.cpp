@@ -20,11 +20,28 @@ TEST(PageValues, SlidersMapBothWays) {
         {kAngleSlider, 0, 90},      {kAngleSlider, 90, 0},       {kSharpnessSlider, 128, 0},
         {kDistanceSlider, 100, 0},  {kDistanceSlider, 75, 2.5},  {kBrightnessSlider, 100, 1.0},
         {kBrightnessSlider, 0, 2.0},
+        // The material's: the gloss value's square is the shininess, so the middle is 25.
+        {kGlossSlider, 0, 10},      {kGlossSlider, 50, 5},       {kGlossSlider, 100, 0},
+        {kOpacitySlider, 0, 0},     {kOpacitySlider, 30, 0.3},   {kOpacitySlider, 100, 1},
+        {kRefractionSlider, 0, 1.5}, {kRefractionSlider, 150, 0},
+        {kRotationSlider, -180, 180}, {kRotationSlider, 45, -45},
+        {kOffsetSlider, 100, -1},   {kOffsetSlider, -50, 0.5},
     };
     for (const Case& c : cases) {
         EXPECT_DOUBLE_EQ(c.scale.value(c.position), c.value) << c.position;
         EXPECT_NEAR(c.scale.position(c.value), c.position, 1e-9) << c.value;
     }
+}
+
+// "Größe" against the reference length 3: the top leaves the size, one step below is 3, the
+// bottom 0.03; the size shows in the middle when it is half the reference.
+TEST(PageValues, TextureSizeSliderScalesTheReferenceLength) {
+    const struct {
+        double position, size;
+    } cases[] = {{0, 7}, {1, 3}, {51, 1.5}, {100, 0.03}, {101, 7}};
+    for (const auto& c : cases) EXPECT_DOUBLE_EQ(textureSizeAt(c.position, 7, 3), c.size);
+    EXPECT_EQ(textureSizePosition(1.5, 3), 50);
+    EXPECT_EQ(textureSizePosition(0, 0), 50);
 }
 
 TEST(PageValues, RgbToHsvFollowsTheTieOrder) {

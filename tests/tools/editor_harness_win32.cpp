@@ -105,6 +105,7 @@ HWND EditorHost::sheet(int timeoutMs) {
 }
 
 HWND SheetDriver::page() const {
+    if (plain_) return sheet_;
     return reinterpret_cast<HWND>(SendMessageA(sheet_, PSM_GETCURRENTPAGEHWND, 0, 0));
 }
 

@@ -45,10 +45,12 @@ private:
     std::vector<ApplyCall> calls_;
 };
 
-// One sheet, driven by messages.
+// One sheet, driven by messages; or, made with plainDialog, a dialog of its own (its controls
+// are then the dialog's).
 class SheetDriver {
 public:
-    explicit SheetDriver(HWND sheet) : sheet_(sheet) {}
+    explicit SheetDriver(HWND sheet, bool plainDialog = false)
+        : sheet_(sheet), plain_(plainDialog) {}
     HWND sheet() const { return sheet_; }
     HWND page() const;  // the current page's window
     void selectPage(int index) const;
@@ -76,6 +78,7 @@ public:
 private:
     HWND control(int id) const;
     HWND sheet_;
+    bool plain_;
 };
 
 // Ends the process with a message when it is not disarmed (destroyed) within timeoutMs: for
