@@ -2,7 +2,8 @@
 // (Cancel, OK, the close message and Dispose in turn), and 500 raytraced preview pictures each
 // started and cancelled by the next change, leave the process's handles, GDI and USER objects,
 // threads and memory as they were; a light tool and a scene tool edited at once while the host
-// reads both records on every callback.
+// reads both records on every callback; a material tool rebuilding and applying its image while
+// the host draws the material with OpenGL and the raytracer.
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -10,12 +11,17 @@
 
 #include <atomic>
 #include <cstdio>
+#include <filesystem>
+#include <string>
 #include <thread>
 
+#include "appearance/bmp_writer.h"
 #include "environment_page_ids.h"
 #include "light_page_ids.h"
+#include "material_page_ids.h"
 #include "orvanta.h"
 #include "preview_ids.h"
+#include "support/gl_context.h"
 #include "support/process_usage_win32.h"
 #include "tools/editor_harness_win32.h"
 
@@ -137,6 +143,75 @@ TEST(ToolReliability, LightAndSceneToolsEditedAtOnce) {
     EXPECT_TRUE(host.waitUntil([&] { return !lgt->tool && !env->tool; }));
     DisposeLgt(lgt);
     DisposeEnv(env);
+}
+
+// A host drawing a material over and over, with OpenGL (ViewerDefineMat uploads the surface
+// image) and the raytracer (which samples it), while its material tool rebuilds the image on
+// every tick of "Grauwerte" and copies it into the record on every OK.
+int32_t feedSquare(int64_t* newBody, Mat** material, OrvColorRef*, double*, int32_t* twoSided,
+                   double corners[9], double cornerNormals[9], double faceNormal[3], void* user) {
+    auto& feed = *static_cast<std::pair<Mat*, int>*>(user);
+    if (feed.second == 2) return 0;
+    const double square[2][9] = {{-1, -1, 0, 1, -1, 0, 1, 1, 0}, {-1, -1, 0, 1, 1, 0, -1, 1, 0}};
+    *newBody = feed.second == 0;
+    *material = feed.first;
+    *twoSided = 1;
+    for (int i = 0; i < 9; ++i) corners[i] = square[feed.second][i], cornerNormals[i] = i % 3 == 2;
+    faceNormal[0] = faceNormal[1] = 0, faceNormal[2] = 1;
+    ++feed.second;
+    return 1;
+}
+
+TEST(ToolReliability, MaterialToolBesideAHostThatDrawsIt) {
+    constexpr int kOpenings = 60, kRebuilds = 20;
+    const std::string picture = (std::filesystem::temp_directory_path() / "orvanta-host.bmp").string();
+    bmp24(60, 40, [](int x, int y) { return uint32_t(x * 4) << 16 | uint32_t(y * 6) << 8; })
+        .write(picture);
+    EditorHost host;
+    Mat* mat = CreateMat("Bild");
+    ASSERT_EQ(LoadMatTexture(mat, 0, picture.c_str(), 1), 1);
+    std::atomic<bool> stop{false};
+    std::atomic<int> frames{0}, rows{0};
+    std::thread viewer([&] {
+        TestGlContext gl;
+        const double eye[3] = {0, 0, 3}, target[3] = {0, 0, 0}, up[3] = {0, 1, 0};
+        while (!stop) {
+            if (gl.ok()) ViewerDefineMat(mat, 0, 1.0, 1);
+            std::pair<Mat*, int> feed{mat, 0};
+            RaytraceToDevice(nullptr, eye, target, up, 45, 1, 0, 0, 1, 0, 0, 16, 16, nullptr, 0,
+                             nullptr, 1, 0, feedSquare, &feed,
+                             [](const uint8_t*, int32_t, int32_t, void* count) {
+                                 ++*static_cast<std::atomic<int>*>(count);
+                                 return int32_t(1);
+                             },
+                             &rows);
+            ++frames;
+        }
+    });
+    auto run = [&](int openings) {
+        for (int i = 0; i < openings; ++i) {
+            if (OpenMatTool(host.window(), mat, 0, 0, EditorHost::applyCallback, &host) != 1) return;
+            const SheetDriver sheet(host.sheet());
+            sheet.selectPage(5);
+            for (int k = 0; k < kRebuilds; ++k) sheet.click(IDC_TEXTURE_GREY);
+            sheet.press(PSBTN_OK);
+            host.waitUntil([mat] { return !mat->tool; });
+            WaitMatTool(mat);
+        }
+    };
+    run(kOpenings);  // warm-up: the heaps of the tool and of OpenGL grow to their working size
+    const ProcessUsage before = usageNow();
+    run(kOpenings);
+    const ProcessUsage after = usageNow();
+    stop = true;
+    viewer.join();
+    std::printf("%d material tool openings, %d rebuilds, %d host frames: %s\n", kOpenings,
+                kOpenings * kRebuilds, frames.load(), usageChange(before, after).c_str());
+    EXPECT_GT(frames, kOpenings);
+    EXPECT_GE(rows, 16 * frames);  // every frame whole; the row where its workers meet may come twice
+    EXPECT_EQ(mat->slots[0].side, 64u);
+    expectFlat(before, after);
+    DisposeMat(mat);
 }
 
 }  // namespace
