@@ -79,6 +79,7 @@ private:
 
     // The record with this page's slot in place of its own.
     const Mat* previewMaterial(const void* record) override {
+        stopPreviewRaytrace(window());  // its workers read the material about to change
         copyMaterialBody(*shown_, *static_cast<const Mat*>(record), index_);
         return shown_;
     }

@@ -201,6 +201,14 @@ TEST(MaterialTool, SlidersMapBothWays) {
         default: return m.texturePosition.y;
         }
     });
+    tool.sheet.selectPage(kLightPage);
+    tool.sheet.click(IDC_MATERIAL_CAST_SHADOW);
+    tool.sheet.click(IDC_MATERIAL_RECEIVE_SHADOW);
+    EXPECT_EQ(tool.record->castShadow, 0u);
+    EXPECT_EQ(tool.record->receiveShadow, 0u);
+    tool.sheet.click(IDC_MATERIAL_RECEIVE_SHADOW);
+    EXPECT_EQ(tool.record->receiveShadow, 1u);
+    tool.sheet.selectPage(kPositionPage);
     tool.sheet.click(IDC_POSITION_ZERO);
     EXPECT_EQ(tool.record->textureRotation.x, 0);
     EXPECT_EQ(tool.record->texturePosition.y, 0);

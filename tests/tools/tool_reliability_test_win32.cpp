@@ -170,12 +170,17 @@ TEST(ToolReliability, MaterialToolBesideAHostThatDrawsIt) {
     EditorHost host;
     Mat* mat = CreateMat("Bild");
     ASSERT_EQ(LoadMatTexture(mat, 0, picture.c_str(), 1), 1);
-    std::atomic<bool> stop{false};
+    std::atomic<bool> stop{false}, pause{false}, paused{false};
     std::atomic<int> frames{0}, rows{0};
     std::thread viewer([&] {
         TestGlContext gl;
         const double eye[3] = {0, 0, 3}, target[3] = {0, 0, 0}, up[3] = {0, 1, 0};
         while (!stop) {
+            if (pause) {  // between frames, while the process is measured
+                paused = true;
+                while (pause) Sleep(1);
+                paused = false;
+            }
             if (gl.ok()) ViewerDefineMat(mat, 0, 1.0, 1);
             std::pair<Mat*, int> feed{mat, 0};
             RaytraceToDevice(nullptr, eye, target, up, 45, 1, 0, 0, 1, 0, 0, 16, 16, nullptr, 0,
@@ -199,10 +204,17 @@ TEST(ToolReliability, MaterialToolBesideAHostThatDrawsIt) {
             WaitMatTool(mat);
         }
     };
+    auto measure = [&] {
+        pause = true;
+        while (!paused) Sleep(1);
+        const ProcessUsage usage = usageNow();
+        pause = false;
+        return usage;
+    };
     run(kOpenings);  // warm-up: the heaps of the tool and of OpenGL grow to their working size
-    const ProcessUsage before = usageNow();
+    const ProcessUsage before = measure();
     run(kOpenings);
-    const ProcessUsage after = usageNow();
+    const ProcessUsage after = measure();
     stop = true;
     viewer.join();
     std::printf("%d material tool openings, %d rebuilds, %d host frames: %s\n", kOpenings,
