@@ -56,7 +56,9 @@ Mat* takeMaterialSnapshot(const Mat& mat) {
     return snapshot;
 }
 
-void restoreMaterialSnapshot(Mat& mat, const Mat& snapshot) { copyMaterialBody(mat, snapshot); }
+void restoreMaterialSnapshot(Mat& mat, const Mat& snapshot) {
+    copyMaterialBody(mat, snapshot);
+}
 
 void freeMaterialSnapshot(Mat* snapshot) {
     if (!snapshot) return;

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <iterator>
 
+#include "colour_page_ids.h"
 #include "core/records.h"
 #include "light_page_ids.h"
-#include "colour_page_ids.h"
 #include "pages/colour_page.h"
 #include "pages/pages.h"
 #include "tools/dialog_controls_win32.h"
@@ -16,8 +16,12 @@ namespace orv {
 
 namespace {
 
-Lgt& light(void* record) { return *static_cast<Lgt*>(record); }
-const Lgt& light(const void* record) { return *static_cast<const Lgt*>(record); }
+Lgt& light(void* record) {
+    return *static_cast<Lgt*>(record);
+}
+const Lgt& light(const void* record) {
+    return *static_cast<const Lgt*>(record);
+}
 
 constexpr SliderField kTypeSliders[] = {
     {IDC_LIGHT_GLOSS, 0, kPercentSlider, 10, NumberFormat::percent, 1,

@@ -21,8 +21,12 @@ namespace orv {
 
 namespace {
 
-Mat& material(void* record) { return *static_cast<Mat*>(record); }
-const Mat& material(const void* record) { return *static_cast<const Mat*>(record); }
+Mat& material(void* record) {
+    return *static_cast<Mat*>(record);
+}
+const Mat& material(const void* record) {
+    return *static_cast<const Mat*>(record);
+}
 
 // ---- "Licht" -------------------------------------------------------------------------------
 
@@ -70,33 +74,39 @@ private:
 // ---- "Position" ----------------------------------------------------------------------------
 
 // The offset sliders move the texture by up to one tile edge of the surface slot either way.
-double tileEdge(const void* r) { return 2 * std::fabs(material(r).slots[0].size); }
+double tileEdge(const void* r) {
+    return 2 * std::fabs(material(r).slots[0].size);
+}
 double offsetShare(double offset, const void* r) {
     const double edge = tileEdge(r);
     return edge != 0 ? offset / edge : 0;
 }
+// The slider's value (minus the position x 0.01) times the tile edge, in that order.
+double offsetOf(double share, const void* r) {
+    return share * 2 * std::fabs(material(r).slots[0].size);
+}
 
 constexpr SliderField kPositionSliders[] = {
-    {IDC_POSITION_ROTATE_X, IDC_POSITION_ROTATE_X_SHOWN, kRotationSlider, 15,
-     NumberFormat::whole, 1, [](const void* r) { return material(r).textureRotation.x; },
+    {IDC_POSITION_ROTATE_X, IDC_POSITION_ROTATE_X_SHOWN, kRotationSlider, 15, NumberFormat::whole,
+     1, [](const void* r) { return material(r).textureRotation.x; },
      [](void* r, double v) { material(r).textureRotation.x = v; }, nullptr},
-    {IDC_POSITION_ROTATE_Y, IDC_POSITION_ROTATE_Y_SHOWN, kRotationSlider, 15,
-     NumberFormat::whole, 1, [](const void* r) { return material(r).textureRotation.y; },
+    {IDC_POSITION_ROTATE_Y, IDC_POSITION_ROTATE_Y_SHOWN, kRotationSlider, 15, NumberFormat::whole,
+     1, [](const void* r) { return material(r).textureRotation.y; },
      [](void* r, double v) { material(r).textureRotation.y = v; }, nullptr},
-    {IDC_POSITION_ROTATE_Z, IDC_POSITION_ROTATE_Z_SHOWN, kRotationSlider, 15,
-     NumberFormat::whole, 1, [](const void* r) { return material(r).textureRotation.z; },
+    {IDC_POSITION_ROTATE_Z, IDC_POSITION_ROTATE_Z_SHOWN, kRotationSlider, 15, NumberFormat::whole,
+     1, [](const void* r) { return material(r).textureRotation.z; },
      [](void* r, double v) { material(r).textureRotation.z = v; }, nullptr},
     {IDC_POSITION_MOVE_X, IDC_POSITION_MOVE_X_SHOWN, kOffsetSlider, 10, NumberFormat::twoDecimals,
      1, [](const void* r) { return offsetShare(material(r).texturePosition.x, r); },
-     [](void* r, double v) { material(r).texturePosition.x = v * 2 * std::fabs(material(r).slots[0].size); },
+     [](void* r, double v) { material(r).texturePosition.x = offsetOf(v, r); },
      [](const void* r) { return material(r).texturePosition.x; }},
     {IDC_POSITION_MOVE_Y, IDC_POSITION_MOVE_Y_SHOWN, kOffsetSlider, 10, NumberFormat::twoDecimals,
      1, [](const void* r) { return offsetShare(material(r).texturePosition.y, r); },
-     [](void* r, double v) { material(r).texturePosition.y = v * 2 * std::fabs(material(r).slots[0].size); },
+     [](void* r, double v) { material(r).texturePosition.y = offsetOf(v, r); },
      [](const void* r) { return material(r).texturePosition.y; }},
     {IDC_POSITION_MOVE_Z, IDC_POSITION_MOVE_Z_SHOWN, kOffsetSlider, 10, NumberFormat::twoDecimals,
      1, [](const void* r) { return offsetShare(material(r).texturePosition.z, r); },
-     [](void* r, double v) { material(r).texturePosition.z = v * 2 * std::fabs(material(r).slots[0].size); },
+     [](void* r, double v) { material(r).texturePosition.z = offsetOf(v, r); },
      [](const void* r) { return material(r).texturePosition.z; }},
 };
 
@@ -139,7 +149,9 @@ ToolPage* makeSlotPage(ToolBlock& tool, const PageDesign&) {
 ToolPage* makeLightPage(ToolBlock& tool, const PageDesign&) {
     return new MaterialLightPage(tool);
 }
-ToolPage* makePositionPage(ToolBlock& tool, const PageDesign&) { return new PositionPage(tool); }
+ToolPage* makePositionPage(ToolBlock& tool, const PageDesign&) {
+    return new PositionPage(tool);
+}
 
 constexpr PageDesign kColourAndLight[] = {
     {IDD_COLOUR_MATERIAL, 121, makeMaterialColourPage<0>},  // "Diffus"
@@ -150,14 +162,20 @@ constexpr PageDesign kColourAndLight[] = {
 };
 
 constexpr PageDesign kPages[] = {
-    kColourAndLight[0], kColourAndLight[1], kColourAndLight[2], kColourAndLight[3],
+    kColourAndLight[0],
+    kColourAndLight[1],
+    kColourAndLight[2],
+    kColourAndLight[3],
     kColourAndLight[4],
     {IDD_TEXTURE, 133, makeSlotPage<0>},            // "Textur"
     {IDD_TEXTURE_POSITION, 129, makePositionPage},  // "Position"
 };
 
 constexpr PageDesign kExpertPages[] = {
-    kColourAndLight[0], kColourAndLight[1], kColourAndLight[2], kColourAndLight[3],
+    kColourAndLight[0],
+    kColourAndLight[1],
+    kColourAndLight[2],
+    kColourAndLight[3],
     kColourAndLight[4],
     {IDD_TEXTURE, 126, makeSlotPage<0>},            // "Oberfläche"
     {IDD_TEXTURE, 125, makeSlotPage<1>},            // "Reflektion"

@@ -56,7 +56,9 @@ protected:
     virtual Vec3 shownColour(const void* record) const;
     // A material page's picture: the material shown and the slot whose image colour mode shows
     // (-1: the colour).
-    virtual const Mat* previewMaterial(const void* record) { return static_cast<const Mat*>(record); }
+    virtual const Mat* previewMaterial(const void* record) {
+        return static_cast<const Mat*>(record);
+    }
     virtual int previewSlot() const { return -1; }
 
     // A value changed: the host (unless dragging with "Anz. akt." off), then the preview.
@@ -73,8 +75,8 @@ private:
     const SliderField* sliders_;
     size_t count_;
     PreviewSettings settings_;
-    Mat* standIn_ = nullptr;        // the material lights and environments are shown on
-    Lgt* lights_[2] = {};           // the edited light as the scene's light list
+    Mat* standIn_ = nullptr;  // the material lights and environments are shown on
+    Lgt* lights_[2] = {};     // the edited light as the scene's light list
 };
 
 }  // namespace orv

@@ -14,6 +14,7 @@
 #include "core/record_lifecycle.h"
 #include "material_page_ids.h"
 #include "pages/preview_page_win32.h"
+#include "pages/slot_choice.h"
 #include "pages/texture_text_dialog_win32.h"
 #include "tools/dialog_controls_win32.h"
 
@@ -21,7 +22,9 @@ namespace orv {
 
 namespace {
 
-Mat& material(void* record) { return *static_cast<Mat*>(record); }
+Mat& material(void* record) {
+    return *static_cast<Mat*>(record);
+}
 
 // A check box and the slot's flag; ticking a baked-in one builds the image again.
 constexpr struct {
@@ -37,15 +40,13 @@ constexpr struct {
     {IDC_TEXTURE_MIRROR_Y, &OrvTextureSlot::mirrorY, true},
 };
 
-// A radio button and the value it gives its field.
-constexpr struct {
-    int id;
-    uint32_t OrvTextureSlot::*field;
-    uint32_t value;
-} kRadios[] = {
-    {IDC_TEXTURE_MIX, &OrvTextureSlot::mode, 0},        {IDC_TEXTURE_COVER, &OrvTextureSlot::mode, 1},
-    {IDC_TEXTURE_LINEAR, &OrvTextureSlot::filter, 0},   {IDC_TEXTURE_NEAREST, &OrvTextureSlot::filter, 1},
-    {IDC_TEXTURE_PLANE, &OrvTextureSlot::projection, 0}, {IDC_TEXTURE_BOX, &OrvTextureSlot::projection, 1},
+constexpr SlotChoice kRadios[] = {
+    {IDC_TEXTURE_MIX, &OrvTextureSlot::mode, 0},
+    {IDC_TEXTURE_COVER, &OrvTextureSlot::mode, 1},
+    {IDC_TEXTURE_LINEAR, &OrvTextureSlot::filter, 0},
+    {IDC_TEXTURE_NEAREST, &OrvTextureSlot::filter, 1},
+    {IDC_TEXTURE_PLANE, &OrvTextureSlot::projection, 0},
+    {IDC_TEXTURE_BOX, &OrvTextureSlot::projection, 1},
     {IDC_TEXTURE_CYLINDER, &OrvTextureSlot::projection, 2},
     {IDC_TEXTURE_SPHERE, &OrvTextureSlot::projection, 3},
 };
@@ -157,10 +158,10 @@ private:
             return;
         }
         switch (id) {
-        case IDC_TEXTURE_IMAGE: chooseImage(); break;
-        case IDC_TEXTURE_TEXT: editText(); break;
-        case IDC_TEXTURE_REMOVE: remove(); break;
-        default: return;
+            case IDC_TEXTURE_IMAGE: chooseImage(); break;
+            case IDC_TEXTURE_TEXT: editText(); break;
+            case IDC_TEXTURE_REMOVE: remove(); break;
+            default: return;
         }
         showSource();
         refreshPreview();
@@ -217,13 +218,15 @@ private:
     }
 
     const int index_;
-    Mat* const shown_;           // the record as last shown, with this page's slot
-    double reference_ = 0;       // the length the "Größe" slider scales
+    Mat* const shown_;      // the record as last shown, with this page's slot
+    double reference_ = 0;  // the length the "Größe" slider scales
     TextTextureDialog text_;
 };
 
 }  // namespace
 
-ToolPage* makeTexturePage(ToolBlock& tool, int slot) { return new TexturePage(tool, slot); }
+ToolPage* makeTexturePage(ToolBlock& tool, int slot) {
+    return new TexturePage(tool, slot);
+}
 
 }  // namespace orv

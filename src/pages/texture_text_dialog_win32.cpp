@@ -9,6 +9,7 @@
 #include "core/library_module.h"
 #include "core/process_lock.h"
 #include "i18n/localise_win32.h"
+#include "pages/slot_choice.h"
 #include "texture_text_ids.h"
 #include "tools/dialog_controls_win32.h"
 #include "tools/dialog_list_win32.h"
@@ -20,14 +21,13 @@ namespace {
 // The colour dialog's custom colours for the text colours, kept for the process.
 COLORREF textCustomColours[16];
 
-constexpr struct {
-    int id;
-    uint32_t OrvTextureSlot::*field;
-    uint32_t value;
-} kPlacements[] = {
-    {IDC_TEXT_LEFT, &OrvTextureSlot::textAlignH, 0},   {IDC_TEXT_CENTRE, &OrvTextureSlot::textAlignH, 1},
-    {IDC_TEXT_RIGHT, &OrvTextureSlot::textAlignH, 2},  {IDC_TEXT_TOP, &OrvTextureSlot::textAlignV, 0},
-    {IDC_TEXT_MIDDLE, &OrvTextureSlot::textAlignV, 4}, {IDC_TEXT_BOTTOM, &OrvTextureSlot::textAlignV, 8},
+constexpr SlotChoice kPlacements[] = {
+    {IDC_TEXT_LEFT, &OrvTextureSlot::textAlignH, 0},
+    {IDC_TEXT_CENTRE, &OrvTextureSlot::textAlignH, 1},
+    {IDC_TEXT_RIGHT, &OrvTextureSlot::textAlignH, 2},
+    {IDC_TEXT_TOP, &OrvTextureSlot::textAlignV, 0},
+    {IDC_TEXT_MIDDLE, &OrvTextureSlot::textAlignV, 4},
+    {IDC_TEXT_BOTTOM, &OrvTextureSlot::textAlignV, 8},
 };
 
 // The fields "Abbrechen" gives back, from the text to the vertical placement.
@@ -40,8 +40,8 @@ void TextTextureDialog::open(HWND page) {
     if (window_) return;
     std::memcpy(reinterpret_cast<char*>(&before_) + kTextFrom,
                 reinterpret_cast<const char*>(&slot_) + kTextFrom, kTextTo - kTextFrom);
-    window_ = createLocalisedDialog(static_cast<HINSTANCE>(libraryModule()), IDD_TEXTURE_TEXT,
-                                    page, procedure, reinterpret_cast<LPARAM>(this));
+    window_ = createLocalisedDialog(static_cast<HINSTANCE>(libraryModule()), IDD_TEXTURE_TEXT, page,
+                                    procedure, reinterpret_cast<LPARAM>(this));
     if (!window_) return;
     addDialog(window_);
     ShowWindow(window_, SW_SHOW);
@@ -71,13 +71,11 @@ INT_PTR CALLBACK TextTextureDialog::procedure(HWND window, UINT message, WPARAM 
 
 INT_PTR TextTextureDialog::handle(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-    case WM_COMMAND:
-        command(LOWORD(wParam), HIWORD(wParam));
-        return TRUE;
-    case WM_DRAWITEM:
-        if (wParam != IDC_TEXT_PREVIEW) return FALSE;
-        drawPreview(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
-        return TRUE;
+        case WM_COMMAND: command(LOWORD(wParam), HIWORD(wParam)); return TRUE;
+        case WM_DRAWITEM:
+            if (wParam != IDC_TEXT_PREVIEW) return FALSE;
+            drawPreview(*reinterpret_cast<const DRAWITEMSTRUCT*>(lParam));
+            return TRUE;
     }
     return FALSE;
 }
@@ -111,17 +109,17 @@ void TextTextureDialog::command(int id, int code) {
         return;
     }
     switch (id) {
-    case IDC_TEXT_FONT: chooseFont(); break;
-    case IDC_TEXT_BACKGROUND: chooseColour(slot_.textBackground); break;
-    case IDC_TEXT_FOREGROUND: chooseColour(slot_.textColor); break;
-    case IDC_TEXT_OK:
-    case IDOK:
-        storeText();
-        storeSize();
-        close();
-        break;
-    case IDC_TEXT_CANCEL:
-    case IDCANCEL: cancel(); break;
+        case IDC_TEXT_FONT: chooseFont(); break;
+        case IDC_TEXT_BACKGROUND: chooseColour(slot_.textBackground); break;
+        case IDC_TEXT_FOREGROUND: chooseColour(slot_.textColor); break;
+        case IDC_TEXT_OK:
+        case IDOK:
+            storeText();
+            storeSize();
+            close();
+            break;
+        case IDC_TEXT_CANCEL:
+        case IDCANCEL: cancel(); break;
     }
 }
 
@@ -204,7 +202,8 @@ void TextTextureDialog::drawPreview(const DRAWITEMSTRUCT& item) const {
         return;
     }
     BITMAPINFO info{};
-    info.bmiHeader = {sizeof(BITMAPINFOHEADER), LONG(side), LONG(side), 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    info.bmiHeader = {
+        sizeof(BITMAPINFOHEADER), LONG(side), LONG(side), 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     SetStretchBltMode(item.hDC, HALFTONE);
     SetBrushOrgEx(item.hDC, 0, 0, nullptr);
     StretchDIBits(item.hDC, box.left, box.top, box.right - box.left, box.bottom - box.top, 0, 0,

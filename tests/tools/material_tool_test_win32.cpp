@@ -38,7 +38,8 @@ struct MaterialTool : OpenTool<Mat> {
         dispose = DisposeMat;
         if (prepare) prepare(*record);
         EXPECT_EQ(OpenMatTool(host.window(), record, 0, 0, EditorHost::applyCallback,
-                              host.callbackData()), 1);
+                              host.callbackData()),
+                  1);
         sheet = SheetDriver(host.sheet());
     }
     const OrvTextureSlot& surface() const { return record->slots[0]; }
@@ -111,7 +112,9 @@ TEST(MaterialTool, SheetShowsItsPagesInTheUsersLanguage) {
         {"Diffus", "Glanz", "Ambient", "Emission", "Licht", "Textur", "Position"},
         {"Diffuse", "Gloss", "Ambient", "Emission", "Light", "Texture", "Position"}};
     const std::vector<std::string> expertTitles[2] = {
-        {"Oberfl\xE4" "che", "Reflektion", "Transparenz", "Struktur", "Position"},
+        {"Oberfl\xE4"
+         "che",
+         "Reflektion", "Transparenz", "Struktur", "Position"},
         {"Surface", "Reflection", "Transparency", "Structure", "Position"}};
     const int language = german() ? 0 : 1;
     const std::string picture = redPicture();
@@ -122,8 +125,10 @@ TEST(MaterialTool, SheetShowsItsPagesInTheUsersLanguage) {
         for (int page = 0; page < 7; ++page) {
             EXPECT_EQ(tool.sheet.pageTitle(page), titles[language][page]);
             tool.sheet.selectPage(page);
-            EXPECT_FALSE(tool.sheet.screenshot("material_tool_" + std::to_string(page) + "_" +
-                                               shownLanguage()).empty());
+            EXPECT_FALSE(
+                tool.sheet
+                    .screenshot("material_tool_" + std::to_string(page) + "_" + shownLanguage())
+                    .empty());
         }
         tool.sheet.selectPage(kTexturePage);  // "Bild": the slot's own image
         EXPECT_EQ(tool.sheet.text(IDC_PREVIEW_COLOUR), german() ? "&Bild" : "&Image");
@@ -191,14 +196,14 @@ TEST(MaterialTool, SlidersMapBothWays) {
     };
     slideAll<MaterialTool, Mat>(tool, cases, [](const Mat& m, const SliderCase& c) {
         switch (c.slider) {
-        case IDC_MATERIAL_GLOSS: return m.shininess;  // 1053 on the light page only
-        case IDC_MATERIAL_TRANSPARENCY: return m.opacity;
-        case IDC_MATERIAL_REFLECTION: return c.page == kLightPage ? m.reflection : 0.0;
-        case IDC_MATERIAL_REFRACTION: return m.refraction;
-        case IDC_POSITION_ROTATE_X: return m.textureRotation.x;
-        case IDC_POSITION_ROTATE_Z: return m.textureRotation.z;
-        case IDC_POSITION_MOVE_X: return m.texturePosition.x;
-        default: return m.texturePosition.y;
+            case IDC_MATERIAL_GLOSS: return m.shininess;  // 1053 on the light page only
+            case IDC_MATERIAL_TRANSPARENCY: return m.opacity;
+            case IDC_MATERIAL_REFLECTION: return c.page == kLightPage ? m.reflection : 0.0;
+            case IDC_MATERIAL_REFRACTION: return m.refraction;
+            case IDC_POSITION_ROTATE_X: return m.textureRotation.x;
+            case IDC_POSITION_ROTATE_Z: return m.textureRotation.z;
+            case IDC_POSITION_MOVE_X: return m.texturePosition.x;
+            default: return m.texturePosition.y;
         }
     });
     tool.sheet.selectPage(kLightPage);
@@ -226,10 +231,10 @@ TEST(MaterialTool, TextureSlidersReachTheRecordOnOk) {
         int slider, position;  // 0: type the edge
         const char *shown, *edge;
     } steps[] = {
-        {IDC_TEXTURE_SIZE, 1, "2.00", "6"},       {IDC_TEXTURE_SIZE, 100, "0.02", "0.06"},
-        {IDC_TEXTURE_SIZE, 0, "0.02", "0.06"},    // the top changes nothing
-        {IDC_TEXTURE_SIZE, 51, "1.00", "3"},      {0, 0, "1.00", "4"},  // R becomes 4
-        {IDC_TEXTURE_SIZE, 26, "1.50", "6"},      {IDC_TEXTURE_INTENSITY, 75, "25%", nullptr},
+        {IDC_TEXTURE_SIZE, 1, "2.00", "6"},    {IDC_TEXTURE_SIZE, 100, "0.02", "0.06"},
+        {IDC_TEXTURE_SIZE, 0, "0.02", "0.06"},                       // the top changes nothing
+        {IDC_TEXTURE_SIZE, 51, "1.00", "3"},   {0, 0, "1.00", "4"},  // R becomes 4
+        {IDC_TEXTURE_SIZE, 26, "1.50", "6"},   {IDC_TEXTURE_INTENSITY, 75, "25%", nullptr},
     };
     for (const auto& s : steps) {
         SCOPED_TRACE(testing::Message() << s.slider << " at " << s.position);

@@ -15,7 +15,9 @@
 
 #include "tools/editor_harness_win32.h"
 
-inline bool german() { return shownLanguage() == "de"; }
+inline bool german() {
+    return shownLanguage() == "de";
+}
 
 // One record with its tool open over a host window; the tool is cancelled and waited for at
 // the end unless a test closed it.
@@ -33,7 +35,9 @@ struct OpenTool {
         wait(record);
         dispose(record);
     }
-    bool closed() { return host.waitUntil([this] { return !record->tool; }) && wait(record) == 1; }
+    bool closed() {
+        return host.waitUntil([this] { return !record->tool; }) && wait(record) == 1;
+    }
     int reasons(int32_t reason) const {
         int n = 0;
         for (const ApplyCall& c : host.calls()) n += c.reason == reason && c.record == record;
@@ -52,7 +56,7 @@ constexpr double kUnchecked = std::numeric_limits<double>::quiet_NaN();
 
 struct SliderCase {
     int page, slider, position;
-    double expected;  // or kUnchecked
+    double expected;    // or kUnchecked
     const char* shown;  // the display's text, or null
     int display;
 };

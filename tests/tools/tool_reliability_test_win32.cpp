@@ -164,9 +164,11 @@ int32_t feedSquare(int64_t* newBody, Mat** material, OrvColorRef*, double*, int3
 
 TEST(ToolReliability, MaterialToolBesideAHostThatDrawsIt) {
     constexpr int kOpenings = 60, kRebuilds = 20;
-    const std::string picture = (std::filesystem::temp_directory_path() / "orvanta-host.bmp").string();
-    bmp24(60, 40, [](int x, int y) { return uint32_t(x * 4) << 16 | uint32_t(y * 6) << 8; })
-        .write(picture);
+    const std::string picture =
+        (std::filesystem::temp_directory_path() / "orvanta-host.bmp").string();
+    bmp24(60, 40, [](int x, int y) {
+        return uint32_t(x * 4) << 16 | uint32_t(y * 6) << 8;
+    }).write(picture);
     EditorHost host;
     Mat* mat = CreateMat("Bild");
     ASSERT_EQ(LoadMatTexture(mat, 0, picture.c_str(), 1), 1);
@@ -183,19 +185,21 @@ TEST(ToolReliability, MaterialToolBesideAHostThatDrawsIt) {
             }
             if (gl.ok()) ViewerDefineMat(mat, 0, 1.0, 1);
             std::pair<Mat*, int> feed{mat, 0};
-            RaytraceToDevice(nullptr, eye, target, up, 45, 1, 0, 0, 1, 0, 0, 16, 16, nullptr, 0,
-                             nullptr, 1, 0, feedSquare, &feed,
-                             [](const uint8_t*, int32_t, int32_t, void* count) {
-                                 ++*static_cast<std::atomic<int>*>(count);
-                                 return int32_t(1);
-                             },
-                             &rows);
+            RaytraceToDevice(
+                nullptr, eye, target, up, 45, 1, 0, 0, 1, 0, 0, 16, 16, nullptr, 0, nullptr, 1, 0,
+                feedSquare, &feed,
+                [](const uint8_t*, int32_t, int32_t, void* count) {
+                    ++*static_cast<std::atomic<int>*>(count);
+                    return int32_t(1);
+                },
+                &rows);
             ++frames;
         }
     });
     auto run = [&](int openings) {
         for (int i = 0; i < openings; ++i) {
-            if (OpenMatTool(host.window(), mat, 0, 0, EditorHost::applyCallback, &host) != 1) return;
+            if (OpenMatTool(host.window(), mat, 0, 0, EditorHost::applyCallback, &host) != 1)
+                return;
             const SheetDriver sheet(host.sheet());
             sheet.selectPage(5);
             for (int k = 0; k < kRebuilds; ++k) sheet.click(IDC_TEXTURE_GREY);
@@ -220,7 +224,8 @@ TEST(ToolReliability, MaterialToolBesideAHostThatDrawsIt) {
     std::printf("%d material tool openings, %d rebuilds, %d host frames: %s\n", kOpenings,
                 kOpenings * kRebuilds, frames.load(), usageChange(before, after).c_str());
     EXPECT_GT(frames, kOpenings);
-    EXPECT_GE(rows, 16 * frames);  // every frame whole; the row where its workers meet may come twice
+    EXPECT_GE(rows,
+              16 * frames);  // every frame whole; the row where its workers meet may come twice
     EXPECT_EQ(mat->slots[0].side, 64u);
     expectFlat(before, after);
     DisposeMat(mat);

@@ -14,6 +14,7 @@
 
 #include "orvanta.h"
 #include "tools/editor_harness_win32.h"
+#include "tools/open_tool_win32.h"
 #include "transmission_page_ids.h"
 
 namespace {
@@ -30,8 +31,6 @@ SheetDriver open(EditorHost& host, Trn* trn) {
     EXPECT_NE(sheet, nullptr);
     return SheetDriver(sheet);
 }
-
-bool german() { return shownLanguage() == "de"; }
 
 // The tool has ended (within the harness's time limit), and WaitTrnTool agrees.
 bool closed(EditorHost& host, Trn* trn) {
