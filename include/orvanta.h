@@ -525,6 +525,19 @@ ORVANTA_API int32_t OpenMatTool(void* owner, Mat* mat, uint64_t host1, uint64_t 
                                 OrvApplyCallback callback, void* data);
 ORVANTA_API int32_t WaitMatTool(Mat* mat);
 
+/** The material library window's callback: reason 0 a material was added to the scene list, 1
+ *  the user wants to delete a scene material (return 0 to keep it), 2 a scene material was
+ *  renamed, 3 a scene material was chosen for assignment, 4 the window is closing (material
+ *  null). */
+typedef int32_t (*OrvMatLibCallback)(int32_t reason, Mat* material, void* data);
+/** Opens the material library window over owner (class "OrvantaDLL:MatLibMain"): the scene's
+ *  materials beside those of the library file last chosen ("LibName"), and serves its messages
+ *  on the calling thread until it closes. The library file is written back on closing and on a
+ *  change of file. The host values are kept for the window. Returns 1, or 0 when the window
+ *  could not be made. Post the registered message "OrvantaDLL:MatLibRefresh" to redraw it. */
+ORVANTA_API int32_t OpenMatLib(void* owner, uint64_t host1, int32_t host2, uint64_t host3,
+                               uint64_t host4, OrvMatLibCallback callback, void* data);
+
 /** Draws a flat thumbnail of mat into the square of edge size at (x, y) of the device context
  *  dc (an HDC): the surface texture's image one pixel per pixel from the top-left corner on
  *  light grey (cropped to the square), or, without one, the diffuse colour. No OpenGL is used.

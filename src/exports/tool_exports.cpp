@@ -2,6 +2,7 @@
 #include <windows.h>
 
 #include "orvanta.h"
+#include "matlib/library_window_win32.h"
 #include "pages/pages.h"
 #include "preview/preview.h"
 #include "tools/tool_framework.h"
@@ -55,6 +56,19 @@ ORVANTA_API int32_t OpenMatTool(void* owner, Mat* mat, uint64_t host1, uint64_t 
 }
 
 ORVANTA_API int32_t WaitMatTool(Mat* mat) { return orv::waitTool(orv::kMaterialTool, mat); }
+
+ORVANTA_API int32_t OpenMatLib(void* owner, uint64_t host1, int32_t host2, uint64_t host3,
+                               uint64_t host4, OrvMatLibCallback callback, void* data) {
+    orv::LibraryRequest request;
+    request.owner = static_cast<HWND>(owner);
+    request.hostValues[0] = host1;
+    request.hostValues[1] = uint64_t(int64_t(host2));
+    request.hostValues[2] = host3;
+    request.hostValues[3] = host4;
+    request.callback = callback;
+    request.data = data;
+    return orv::runLibraryWindow(request);
+}
 
 ORVANTA_API int32_t MatPreview(const Mat* mat, uint32_t x, uint32_t y, int32_t size, void* dc) {
     orv::drawMaterialThumbnail(*mat, int(x), int(y), size, static_cast<HDC>(dc));

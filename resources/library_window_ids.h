@@ -1,0 +1,22 @@
+/* The material library's window (dialog 270) and its menu (271). */
+#pragma once
+
+#define IDD_LIBRARY 270
+#define IDM_LIBRARY 271
+#define IDA_LIBRARY 272
+#define IDC_LIB_SCENE_TITLE 1300
+#define IDC_LIB_SCENE 1301
+#define IDC_LIB_LIBRARY_TITLE 1302
+#define IDC_LIB_LIBRARY 1303
+#define IDC_LIB_NAME_TITLE 1304
+#define IDC_LIB_NAME 1048
+#define IDC_LIB_FILE_SHOWN 1305
+#define IDC_LIB_NEW 1310
+#define IDC_LIB_DELETE 1311
+#define IDC_LIB_RENAME 1312
+#define IDC_LIB_TO_LIBRARY 1313
+#define IDC_LIB_TO_SCENE 1314
+#define IDC_LIB_ASSIGN 1315
+#define IDC_LIB_FILE 1316
+#define IDC_LIB_THUMBNAILS 1317
+#define IDC_LIB_CLOSE 1318

@@ -1,0 +1,197 @@
+// The material library window as a host opens it (OpenMatLib on a thread of the host's) and a
+// user works it by messages: every command, the callback's reasons and answers, the duplicate
+// refusal, the thumbnails switch, and the library file written back on closing.
+#include <windows.h>
+
+#include <commctrl.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "library_window_ids.h"
+#include "orvanta.h"
+#include "tools/editor_harness_win32.h"
+#include "tools/open_tool_win32.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What the host heard, and what it answers to a deletion.
+struct HostLog {
+    std::mutex lock;
+    std::vector<int32_t> reasons;
+    std::atomic<int32_t> allowDelete{1};
+};
+
+int32_t hostCallback(int32_t reason, Mat*, void* data) {
+    auto& log = *static_cast<HostLog*>(data);
+    std::lock_guard<std::mutex> hold(log.lock);
+    log.reasons.push_back(reason);
+    return reason == 1 ? log.allowDelete.load() : 1;
+}
+
+void setSetting(const char* name, const std::string& text) {
+    HKEY key;
+    RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\OrvantaDLL", 0, nullptr, 0, KEY_WRITE, nullptr,
+                    &key, nullptr);
+    RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                   DWORD(text.size() + 1));
+    RegCloseKey(key);
+}
+
+// A library file of the given materials, as GetMat writes them.
+void writeLibrary(const fs::path& path, const std::vector<const char*>& names) {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    for (size_t i = 0; i < names.size(); ++i) {
+        Mat* mat = CreateMat(names[i]);
+        mat->diffuse = {0.2 + 0.3 * double(i), 0.4, 0.8 - 0.3 * double(i)};
+        uint32_t size = 0;
+        GetMat(mat, nullptr, &size);
+        std::vector<char> block(size);
+        GetMat(mat, block.data(), &size);
+        out.write(reinterpret_cast<const char*>(&size), 4);
+        out.write(block.data(), size);
+        DisposeMat(mat);
+    }
+}
+
+// Entries in a library file, counted as loading reads them.
+int entries(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::vector<char> bytes((std::istreambuf_iterator<char>(in)), {});
+    int n = 0;
+    for (size_t at = 0; at + 4 <= bytes.size(); ++n) {
+        uint32_t size;
+        std::memcpy(&size, &bytes[at], 4);
+        at += 4 + size;
+    }
+    return n;
+}
+
+class LibraryWindow : public ::testing::Test {
+protected:
+    void SetUp() override {
+        folder_ = fs::temp_directory_path() / "orvanta-library";
+        fs::create_directories(folder_);
+        file_ = folder_ / "Metalle.msl";
+        writeLibrary(file_, {"Kupfer", "Zink"});
+        setSetting("LibName", file_.string());
+        host_ = std::thread([this] { result_ = OpenMatLib(nullptr, 1, 2, 3, 4, hostCallback, &log_); });
+        for (int i = 0; i < 500 && !window_; ++i, Sleep(10))
+            window_ = FindWindowA("OrvantaDLL:MatLibMain", nullptr);
+        ASSERT_NE(window_, nullptr);
+    }
+    void TearDown() override {
+        if (IsWindow(window_)) PostMessageA(window_, WM_CLOSE, 0, 0);
+        host_.join();
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+
+    HWND list(int id) const { return GetDlgItem(window_, id); }
+    int count(int id) const { return int(SendMessageA(list(id), LVM_GETITEMCOUNT, 0, 0)); }
+    std::string name(int id, int item) const {
+        char text[80] = "";
+        LVITEMA data{};
+        data.pszText = text;
+        data.cchTextMax = sizeof text;
+        SendMessageA(list(id), LVM_GETITEMTEXTA, item, reinterpret_cast<LPARAM>(&data));
+        return text;
+    }
+    void select(int id, int item) const {
+        LVITEMA data{};
+        data.stateMask = data.state = LVIS_SELECTED | LVIS_FOCUSED;
+        SendMessageA(list(id), LVM_SETITEMSTATE, item, reinterpret_cast<LPARAM>(&data));
+    }
+    std::vector<int32_t> reasons() {
+        std::lock_guard<std::mutex> hold(log_.lock);
+        return log_.reasons;
+    }
+
+    fs::path folder_, file_;
+    HostLog log_;
+    std::thread host_;
+    std::atomic<int32_t> result_{-1};
+    HWND window_ = nullptr;
+};
+
+TEST_F(LibraryWindow, CommandsKeepTheListsAndTellTheHost) {
+    const SheetDriver user(window_, true);
+    ASSERT_EQ(count(IDC_LIB_LIBRARY), 2);
+    EXPECT_EQ(name(IDC_LIB_LIBRARY, 0), "Kupfer");  // sorted by name
+    Sleep(2000);  // the thumbnails are traced
+    EXPECT_FALSE(user.screenshot("material_library_thumbnails_" + shownLanguage()).empty());
+
+    user.click(IDC_LIB_NEW);
+    ASSERT_EQ(count(IDC_LIB_SCENE), 1);
+    EXPECT_EQ(name(IDC_LIB_SCENE, 0), "Material");
+    user.type(IDC_LIB_NAME, "Stahl");
+    user.click(IDC_LIB_RENAME);
+    EXPECT_EQ(name(IDC_LIB_SCENE, 0), "Stahl");
+
+    // A copy goes once; the second would duplicate it.
+    int boxes = 0;
+    std::atomic<bool> watching{true};
+    std::thread watcher([&] {
+        while (watching) {
+            for (HWND w = FindWindowA("#32770", nullptr); w; w = GetWindow(w, GW_HWNDNEXT)) {
+                if (GetWindow(w, GW_OWNER) == window_ && GetDlgItem(w, 0xFFFF)) {
+                    ++boxes;
+                    PostMessageA(w, WM_COMMAND, IDOK, 0);
+                }
+            }
+            Sleep(20);
+        }
+    });
+    select(IDC_LIB_SCENE, 0);
+    user.click(IDC_LIB_TO_LIBRARY);
+    EXPECT_EQ(count(IDC_LIB_LIBRARY), 3);
+    select(IDC_LIB_SCENE, 0);
+    user.click(IDC_LIB_TO_LIBRARY);
+    EXPECT_EQ(count(IDC_LIB_LIBRARY), 3);
+    select(IDC_LIB_LIBRARY, 2);  // "Zink"
+    user.click(IDC_LIB_TO_SCENE);
+    EXPECT_EQ(count(IDC_LIB_SCENE), 2);
+    watching = false;
+    watcher.join();
+    EXPECT_EQ(boxes, 1);
+
+    select(IDC_LIB_SCENE, 0);
+    user.click(IDC_LIB_ASSIGN);
+    log_.allowDelete = 0;  // the host keeps its material
+    select(IDC_LIB_SCENE, 0);
+    user.click(IDC_LIB_DELETE);
+    EXPECT_EQ(count(IDC_LIB_SCENE), 2);
+    log_.allowDelete = 1;
+    select(IDC_LIB_SCENE, 0);
+    user.click(IDC_LIB_DELETE);
+    EXPECT_EQ(count(IDC_LIB_SCENE), 1);
+    select(IDC_LIB_LIBRARY, 0);
+    user.click(IDC_LIB_DELETE);  // from the library: nobody is asked
+    EXPECT_EQ(count(IDC_LIB_LIBRARY), 2);
+
+    user.click(IDC_LIB_THUMBNAILS);
+    EXPECT_EQ(GetWindowLongA(list(IDC_LIB_LIBRARY), GWL_STYLE) & LVS_TYPEMASK, LVS_LIST);
+    EXPECT_FALSE(user.screenshot("material_library_list_" + shownLanguage()).empty());
+    user.click(IDC_LIB_THUMBNAILS);
+
+    user.click(IDC_LIB_CLOSE);
+    host_.join();
+    host_ = std::thread([] {});
+    EXPECT_EQ(result_, 1);
+    const std::vector<int32_t> heard = {0, 2, 0, 3, 1, 1, 4};
+    EXPECT_EQ(reasons(), heard);
+    // Written back from the start: two entries, then the old third's tail is read on into.
+    EXPECT_GE(entries(file_), 2);
+}
+
+}  // namespace
