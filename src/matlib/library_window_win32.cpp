@@ -78,16 +78,16 @@ HBITMAP flatPicture(const Mat& mat) {
 
 HBITMAP tracedPicture(const std::vector<uint32_t>& pixels) {
     BITMAPINFO info{};
-    info.bmiHeader = {sizeof(BITMAPINFOHEADER), kThumbnailSide, -kThumbnailSide, 1, 32, BI_RGB,
-                      0, 0, 0, 0, 0};
+    info.bmiHeader = {
+        sizeof(BITMAPINFOHEADER), kThumbnailSide, -kThumbnailSide, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     std::vector<uint32_t> bgr(pixels.size());  // 0x00BBGGRR to the bitmap's 0x00RRGGBB
     for (size_t i = 0; i < pixels.size(); ++i) {
         const uint32_t p = pixels[i];
         bgr[i] = (p & 0xFF00) | (p & 0xFF) << 16 | (p >> 16 & 0xFF);
     }
     HDC screen = GetDC(nullptr);
-    HBITMAP bitmap = CreateDIBitmap(screen, &info.bmiHeader, CBM_INIT, bgr.data(), &info,
-                                    DIB_RGB_COLORS);
+    HBITMAP bitmap =
+        CreateDIBitmap(screen, &info.bmiHeader, CBM_INIT, bgr.data(), &info, DIB_RGB_COLORS);
     ReleaseDC(nullptr, screen);
     return bitmap;
 }
@@ -251,7 +251,8 @@ void copyAcross(Library& lib, int to) {
 
 void assign(Library& lib) {
     int which, slot;
-    if (selection(lib, which, slot) && which == kScene) lib.tell(kAssign, lib.lists[kScene].at(slot));
+    if (selection(lib, which, slot) && which == kScene)
+        lib.tell(kAssign, lib.lists[kScene].at(slot));
 }
 
 // ---- the library file ----------------------------------------------------------------------
@@ -391,26 +392,26 @@ void layOut(Library& lib, int width, int height) {
 
 void command(Library& lib, int id) {
     switch (id) {
-    case IDC_LIB_NEW: newMaterial(lib); break;
-    case IDC_LIB_DELETE: deleteMaterial(lib); break;
-    case IDC_LIB_RENAME: renameMaterial(lib); break;
-    case IDC_LIB_TO_LIBRARY: copyAcross(lib, kLibrary); break;
-    case IDC_LIB_TO_SCENE: copyAcross(lib, kScene); break;
-    case IDC_LIB_ASSIGN: assign(lib); break;
-    case IDC_LIB_FILE: chooseFile(lib); break;
-    case IDC_LIB_THUMBNAILS:
-        showThumbnails(lib, !lib.thumbnails);
-        settings::writeNumber(settings::kUserHive, settings::kLibrarySubkey, "LibShowThumbnails",
-                              lib.thumbnails);
-        break;
-    case IDOK:  // Enter: renames from the name field, else assigns
-        if (GetFocus() == GetDlgItem(lib.window, IDC_LIB_NAME))
-            renameMaterial(lib);
-        else
-            assign(lib);
-        break;
-    case IDCANCEL:
-    case IDC_LIB_CLOSE: close(lib); break;
+        case IDC_LIB_NEW: newMaterial(lib); break;
+        case IDC_LIB_DELETE: deleteMaterial(lib); break;
+        case IDC_LIB_RENAME: renameMaterial(lib); break;
+        case IDC_LIB_TO_LIBRARY: copyAcross(lib, kLibrary); break;
+        case IDC_LIB_TO_SCENE: copyAcross(lib, kScene); break;
+        case IDC_LIB_ASSIGN: assign(lib); break;
+        case IDC_LIB_FILE: chooseFile(lib); break;
+        case IDC_LIB_THUMBNAILS:
+            showThumbnails(lib, !lib.thumbnails);
+            settings::writeNumber(settings::kUserHive, settings::kLibrarySubkey,
+                                  "LibShowThumbnails", lib.thumbnails);
+            break;
+        case IDOK:  // Enter: renames from the name field, else assigns
+            if (GetFocus() == GetDlgItem(lib.window, IDC_LIB_NAME))
+                renameMaterial(lib);
+            else
+                assign(lib);
+            break;
+        case IDCANCEL:
+        case IDC_LIB_CLOSE: close(lib); break;
     }
 }
 
@@ -420,29 +421,27 @@ void notified(Library& lib, const NMHDR& header) {
     if (header.idFrom != IDC_LIB_SCENE && header.idFrom != IDC_LIB_LIBRARY) return;
     const int which = header.idFrom == IDC_LIB_SCENE ? kScene : kLibrary;
     switch (header.code) {
-    case LVN_ITEMCHANGED: {
-        const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
-        if (!(change.uNewState & LVIS_SELECTED)) break;
-        if (const Mat* mat = lib.lists[which].at(int(change.lParam)))
-            SetDlgItemTextA(lib.window, IDC_LIB_NAME, nameOf(*mat).c_str());
-        // One selection at a time across both lists: the commands take the first they find.
-        ListView_SetItemState(lib.list(1 - which), -1, 0, LVIS_SELECTED);
-        break;
-    }
-    case LVN_KEYDOWN: {
-        const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
-        if (key == VK_DELETE) deleteMaterial(lib);
-        if (key == VK_F2) {
-            HWND name = GetDlgItem(lib.window, IDC_LIB_NAME);
-            SetFocus(name);
-            SendMessageA(name, EM_SETSEL, 0, -1);
+        case LVN_ITEMCHANGED: {
+            const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
+            if (!(change.uNewState & LVIS_SELECTED)) break;
+            if (const Mat* mat = lib.lists[which].at(int(change.lParam)))
+                SetDlgItemTextA(lib.window, IDC_LIB_NAME, nameOf(*mat).c_str());
+            // One selection at a time across both lists: the commands take the first they find.
+            ListView_SetItemState(lib.list(1 - which), -1, 0, LVIS_SELECTED);
+            break;
         }
-        break;
-    }
-    case NM_DBLCLK:
-    case NM_RETURN:
-        assign(lib);
-        break;
+        case LVN_KEYDOWN: {
+            const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
+            if (key == VK_DELETE) deleteMaterial(lib);
+            if (key == VK_F2) {
+                HWND name = GetDlgItem(lib.window, IDC_LIB_NAME);
+                SetFocus(name);
+                SendMessageA(name, EM_SETSEL, 0, -1);
+            }
+            break;
+        }
+        case NM_DBLCLK:
+        case NM_RETURN: assign(lib); break;
     }
 }
 
@@ -462,15 +461,16 @@ INT_PTR CALLBACK procedure(HWND window, UINT msg, WPARAM wParam, LPARAM lParam) 
         return TRUE;
     }
     switch (msg) {
-    case WM_COMMAND: command(*lib, LOWORD(wParam)); return TRUE;
-    case WM_NOTIFY: notified(*lib, *reinterpret_cast<const NMHDR*>(lParam)); return TRUE;
-    case WM_SIZE:
-        if (wParam != SIZE_MINIMIZED) layOut(*lib, LOWORD(lParam), HIWORD(lParam));
-        return TRUE;
-    case WM_GETMINMAXINFO:
-        reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {lib->minimum.cx, lib->minimum.cy};
-        return TRUE;
-    case WM_CLOSE: close(*lib); return TRUE;
+        case WM_COMMAND: command(*lib, LOWORD(wParam)); return TRUE;
+        case WM_NOTIFY: notified(*lib, *reinterpret_cast<const NMHDR*>(lParam)); return TRUE;
+        case WM_SIZE:
+            if (wParam != SIZE_MINIMIZED) layOut(*lib, LOWORD(lParam), HIWORD(lParam));
+            return TRUE;
+        case WM_GETMINMAXINFO:
+            reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {lib->minimum.cx,
+                                                                     lib->minimum.cy};
+            return TRUE;
+        case WM_CLOSE: close(*lib); return TRUE;
     }
     return FALSE;
 }

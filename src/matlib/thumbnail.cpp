@@ -49,8 +49,8 @@ void renderThumbnail(const Mat& mat, int size, uint32_t* pixels) {
     PreviewLocals locals;
     makePreviewLocals(locals, nullptr, nullptr);
     RaytraceRequest request;
-    request.camera = CameraSetup{{0, 0, kPreviewEyeZ}, {0, 0, 0}, {0, 1, 0}, kPreviewFov, 1.0, 0,
-                                 0, 1.0, size, size};
+    request.camera = CameraSetup{
+        {0, 0, kPreviewEyeZ}, {0, 0, 0}, {0, 1, 0}, kPreviewFov, 1.0, 0, 0, 1.0, size, size};
     request.env = locals.env;
     request.background = 0xFFFFFF;
     request.lights = locals.lights;

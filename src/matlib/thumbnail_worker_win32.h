@@ -13,8 +13,8 @@ namespace orv {
 
 struct ThumbnailJob {
     int list, slot;
-    uint64_t key;              // what the picture shows: the material's appearance
-    Mat* copy;                 // owned by the job
+    uint64_t key;                  // what the picture shows: the material's appearance
+    Mat* copy;                     // owned by the job
     std::vector<uint32_t> pixels;  // 0x00BBGGRR, top row first, once traced
 };
 

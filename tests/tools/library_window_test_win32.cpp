@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <commdlg.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -84,15 +85,19 @@ protected:
         fs::create_directories(folder_);
         file_ = folder_ / "Metalle.msl";
         writeLibrary(file_, {"Kupfer", "Zink"});
-        setSetting("LibName", file_.string());
-        host_ = std::thread([this] { result_ = OpenMatLib(nullptr, 1, 2, 3, 4, hostCallback, &log_); });
+    }
+    // Opens the window on a host thread with "LibName" set to libName.
+    void open(const fs::path& libName) {
+        setSetting("LibName", libName.string());
+        host_ =
+            std::thread([this] { result_ = OpenMatLib(nullptr, 1, 2, 3, 4, hostCallback, &log_); });
         for (int i = 0; i < 500 && !window_; ++i, Sleep(10))
             window_ = FindWindowA("OrvantaDLL:MatLibMain", nullptr);
         ASSERT_NE(window_, nullptr);
     }
     void TearDown() override {
         if (IsWindow(window_)) PostMessageA(window_, WM_CLOSE, 0, 0);
-        host_.join();
+        if (host_.joinable()) host_.join();
         std::error_code ignored;
         fs::remove_all(folder_, ignored);
     }
@@ -125,10 +130,11 @@ protected:
 };
 
 TEST_F(LibraryWindow, CommandsKeepTheListsAndTellTheHost) {
+    open(file_);
     const SheetDriver user(window_, true);
     ASSERT_EQ(count(IDC_LIB_LIBRARY), 2);
     EXPECT_EQ(name(IDC_LIB_LIBRARY, 0), "Kupfer");  // sorted by name
-    Sleep(2000);  // the thumbnails are traced
+    Sleep(2000);                                    // the thumbnails are traced
     EXPECT_FALSE(user.screenshot("material_library_thumbnails_" + shownLanguage()).empty());
 
     user.click(IDC_LIB_NEW);
@@ -186,12 +192,40 @@ TEST_F(LibraryWindow, CommandsKeepTheListsAndTellTheHost) {
 
     user.click(IDC_LIB_CLOSE);
     host_.join();
-    host_ = std::thread([] {});
     EXPECT_EQ(result_, 1);
     const std::vector<int32_t> heard = {0, 2, 0, 3, 1, 1, 4};
     EXPECT_EQ(reasons(), heard);
     // Written back from the start: two entries, then the old third's tail is read on into.
     EXPECT_GE(entries(file_), 2);
+}
+
+// A "LibName" whose file is gone opens nothing and says nothing; "Datei..." then opens another
+// library (the file dialog answered by a user thread) and stores it as "LibName".
+TEST_F(LibraryWindow, MissingFileIsSkippedAndAnotherChosen) {
+    open(folder_ / "weg.msl");
+    EXPECT_EQ(count(IDC_LIB_LIBRARY), 0);
+    const std::string chosen = file_.string();
+    std::thread user([&] {
+        HWND dialog = nullptr;
+        for (int i = 0; i < 500 && !dialog; ++i, Sleep(10))
+            for (HWND w = FindWindowA("#32770", nullptr); w && !dialog;
+                 w = GetWindow(w, GW_HWNDNEXT))
+                if (GetWindow(w, GW_OWNER) == window_ && IsWindowVisible(w)) dialog = w;
+        if (!dialog) return;
+        SendMessageA(dialog, CDM_SETCONTROLTEXT, 0x480 /* edt1 */,
+                     reinterpret_cast<LPARAM>(chosen.c_str()));
+        SendMessageA(dialog, CDM_SETCONTROLTEXT, 0x47C /* cmb13 */,
+                     reinterpret_cast<LPARAM>(chosen.c_str()));
+        PostMessageA(dialog, WM_COMMAND, IDOK, 0);
+    });
+    SheetDriver(window_, true).click(IDC_LIB_FILE);
+    user.join();
+    EXPECT_EQ(count(IDC_LIB_LIBRARY), 2);
+    char stored[256] = "";
+    DWORD size = sizeof stored;
+    RegGetValueA(HKEY_CURRENT_USER, "Software\\OrvantaDLL", "LibName", RRF_RT_REG_SZ, nullptr,
+                 stored, &size);
+    EXPECT_EQ(fs::path(stored), file_);
 }
 
 }  // namespace
