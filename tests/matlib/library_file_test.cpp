@@ -10,6 +10,7 @@
 
 #include "core/record_lifecycle.h"
 #include "matlib/library_store.h"
+#include "matlib/material_list.h"
 #include "support/temp_folder.h"
 
 namespace {
@@ -137,6 +138,36 @@ TEST(LibraryFile, CorruptEntriesKeepTheEntriesBeforeThem) {
         EXPECT_TRUE(orv::matEqual(loaded[0], false, good.data(), true));
         orv::disposeMat(loaded[0]);
     }
+}
+
+}  // namespace
+
+namespace {
+
+// A list of the window: freed slots are taken first, the 1,025th material is refused, and an
+// equal material is found whatever its place.
+TEST(LibraryFile, ListsReuseFreedSlotsAndHoldAtMost1024) {
+    orv::MaterialList list;
+    std::vector<Mat*> mats;
+    for (size_t i = 0; i < orv::MaterialList::kMost; ++i) {
+        mats.push_back(orv::createMat("M"));
+        mats.back()->shininess = double(i);
+        ASSERT_EQ(list.insert(mats.back()), int(i));
+    }
+    Mat* extra = orv::createMat("M");
+    EXPECT_EQ(list.insert(extra), -1);
+    EXPECT_EQ(list.take(7), mats[7]);
+    EXPECT_EQ(list.count(), orv::MaterialList::kMost - 1);
+    EXPECT_EQ(list.insert(extra), 7);
+    Mat* twin = orv::copyMaterial(*mats[500]);
+    orv::setHandleName(twin, "M");
+    EXPECT_TRUE(list.holdsEqual(*twin));
+    twin->shininess = -1;
+    EXPECT_FALSE(list.holdsEqual(*twin));
+    orv::disposeMat(twin);
+    orv::disposeMat(mats[7]);
+    list.clear(true);
+    EXPECT_EQ(list.used(), 0u);
 }
 
 }  // namespace

@@ -226,6 +226,9 @@ TEST_F(LibraryWindow, MissingFileIsSkippedAndAnotherChosen) {
     RegGetValueA(HKEY_CURRENT_USER, "Software\\OrvantaDLL", "LibName", RRF_RT_REG_SZ, nullptr,
                  stored, &size);
     EXPECT_EQ(fs::path(stored), file_);
+    select(IDC_LIB_LIBRARY, 0);  // the Delete key in a list deletes
+    SendMessageA(list(IDC_LIB_LIBRARY), WM_KEYDOWN, VK_DELETE, 0);
+    EXPECT_EQ(count(IDC_LIB_LIBRARY), 1);
 }
 
 }  // namespace
