@@ -212,6 +212,7 @@ void deleteMaterial(Library& lib) {
     if (!selection(lib, which, slot)) return;
     if (which == kScene && !lib.tell(kDeleting, lib.lists[which].at(slot))) return;
     disposeMat(lib.lists[which].take(slot));
+    SetDlgItemTextA(lib.window, IDC_LIB_NAME, "");
     fillList(lib, which);
 }
 
