@@ -160,7 +160,6 @@ void showThumbnails(Library& lib, bool on) {
         LONG style = GetWindowLongA(list, GWL_STYLE) & ~LVS_TYPEMASK;
         SetWindowLongA(list, GWL_STYLE, style | (on ? LVS_ICON : LVS_LIST));
         ListView_SetImageList(list, on ? lib.images[which] : nullptr, LVSIL_NORMAL);
-        for (uint64_t& key : lib.shownKey[which]) key = 0;
         fillList(lib, which);
     }
     CheckDlgButton(lib.window, IDC_LIB_THUMBNAILS, on ? BST_CHECKED : BST_UNCHECKED);
