@@ -84,6 +84,8 @@ TEST(StringTable, UmlautsAndLineFeedsInUtf16) {
         {105, L"Materialbibliothek \u00f6ffnen/erstellen"},
         {118, L"Die Datei kann nicht ge\u00f6ffnet werden."},
         {267, L"Ung\u00fcltige Definition der abh\u00e4ngigen Verbindungen."},
+        {268, L"Material existiert bereits."},
+        {269, L"Die Liste ist voll: sie fasst h\u00f6chstens 1024 Materialien."},
         {119, L"Das Bild ist nicht quadratisch.\nSoll auf quadratisches Format aufgef\u00fcllt "
               L"werden\n(andernfalls wird das Bild abgeschnitten)?"},
         {156, L"Es konnte kein freier Arbeitsspeicher zugeordnet werden.\nVermutlich ist die "
@@ -106,7 +108,7 @@ TEST(StringTable, AnsiTextIsWindows1252) {
 
 TEST(StringTable, IdsOutsideTheTableLoadNothing) {
     // 1 has no block at all; the others are neighbours of entries, 107 and 157 in their blocks.
-    for (UINT id : {1u, 71u, 107u, 134u, 157u, 259u, 268u}) {
+    for (UINT id : {1u, 71u, 107u, 134u, 157u, 259u, 270u}) {
         for (const StringEntry& entry : kStringTable) ASSERT_NE(entry.id, id);
         EXPECT_EQ(loadWide(id), std::wstring()) << "id " << id;
     }
