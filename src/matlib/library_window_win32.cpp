@@ -166,18 +166,22 @@ void showThumbnails(Library& lib, bool on) {
     CheckMenuItem(GetMenu(lib.window), IDC_LIB_THUMBNAILS, on ? MF_CHECKED : MF_UNCHECKED);
 }
 
+// The slot of a list's selected item, or -1.
+int selectedSlot(HWND list) {
+    const int item = ListView_GetNextItem(list, -1, LVNI_SELECTED);
+    if (item < 0) return -1;
+    LVITEMA data{};
+    data.mask = LVIF_PARAM;
+    data.iItem = item;
+    SendMessageA(list, LVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
+    return int(data.lParam);
+}
+
 // The list with a selection (the scene's first) and the selected slot, or false.
 bool selection(const Library& lib, int& which, int& slot) {
     for (which = 0; which < 2; ++which) {
-        HWND list = lib.list(which);
-        const int item = ListView_GetNextItem(list, -1, LVNI_SELECTED);
-        if (item < 0) continue;
-        LVITEMA data{};
-        data.mask = LVIF_PARAM;
-        data.iItem = item;
-        SendMessageA(list, LVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
-        slot = int(data.lParam);
-        return lib.lists[which].at(slot) != nullptr;
+        slot = selectedSlot(lib.list(which));
+        if (slot >= 0) return lib.lists[which].at(slot) != nullptr;
     }
     return false;
 }
@@ -230,13 +234,7 @@ void renameMaterial(Library& lib) {
 // The source list's selection into the other list, unless that list holds an equal material.
 void copyAcross(Library& lib, int to) {
     const int from = 1 - to;
-    const int item = ListView_GetNextItem(lib.list(from), -1, LVNI_SELECTED);
-    if (item < 0) return;
-    LVITEMA data{};
-    data.mask = LVIF_PARAM;
-    data.iItem = item;
-    SendMessageA(lib.list(from), LVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
-    const Mat* mat = lib.lists[from].at(int(data.lParam));
+    const Mat* mat = lib.lists[from].at(selectedSlot(lib.list(from)));
     if (!mat) return;
     if (lib.lists[to].holdsEqual(*mat)) {
         message(lib, 268);  // "Material existiert bereits."
