@@ -525,6 +525,25 @@ ORVANTA_API int32_t OpenMatTool(void* owner, Mat* mat, uint64_t host1, uint64_t 
                                 OrvApplyCallback callback, void* data);
 ORVANTA_API int32_t WaitMatTool(Mat* mat);
 
+/** Opens the link tool ("Verbindungswerkzeug") over those of the count links that have no tool
+ *  yet and, with skipFollowers nonzero, are not followers (at most 64 of them): one page per
+ *  link, titled with its name, with both axes' switches, limits, steps, current values
+ *  (slider and number) and drives, the coupling and its ratio, "Folgeverbindung",
+ *  "Kollisionsprüfung" and "Zurücksetzen". Every change is written to its link at once and
+ *  called back with (owner, link, data, 1), so the host recomposes with Animation; OK calls back
+ *  with reason 0 for each link; Cancel restores every link as it was when the tool opened and
+ *  calls back with reason 1 for each. Once the sheet has closed, the callback gets (owner,
+ *  NULL, data, 0) unless closeNotifyOff is nonzero. The host values are kept for the pages.
+ *  Returns 0 when no link remains, else 1 (the sheet may not exist yet). */
+ORVANTA_API int32_t OpenLnkTool(void* owner, Lnk** links, int32_t count, int32_t skipFollowers,
+                                int32_t closeNotifyOff, OrvApplyCallback callback, void* data,
+                                uint64_t host1, uint64_t host2, uint64_t host3, uint64_t host4);
+/** Serves the calling thread's messages until the tool editing lnk has closed; returns 1. */
+ORVANTA_API int32_t WaitLnkTool(Lnk* lnk);
+/** 1 when an open link tool edits a link whose link object, source body or target body is
+ *  object, else 0. Ask it before deleting an object. */
+ORVANTA_API int32_t ObjInLnkTool(uint64_t object);
+
 /** The material library window's callback: reason 0 a material was added to the scene list, 1
  *  the user wants to delete a scene material (return 0 to keep it), 2 a scene material was
  *  renamed, 3 a scene material was chosen for assignment, 4 the window is closing (material

@@ -23,6 +23,10 @@ void loadLocalisedString(int32_t id, char* out);
 // or removes it; returns 1 when the text held a tag, else 0.
 int32_t localiseInPlace(char* text);
 
+// The text of string id as a printf format: its translation when that asks for the same
+// arguments as the built-in text, else the built-in text.
+void loadLocalisedFormat(int32_t id, char* out);
+
 // Loads text and caption by id, formats the text with argument when it is nonzero, shows a
 // message box and returns its result.
 int32_t showLocalisedMessage(void* owner, int32_t textId, int32_t captionId, intptr_t argument,

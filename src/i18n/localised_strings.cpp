@@ -31,20 +31,26 @@ void loadLocalisedString(int32_t id, char* out) {
     if (!lookupTranslation(tag, out)) loadResourceString(id, out);
 }
 
+void loadLocalisedFormat(int32_t id, char* out) {
+    loadLocalisedString(id, out);
+    // A translation is a format only when it asks for the same arguments as the built-in text;
+    // any other translation file could make the formatting read what was never passed.
+    char builtIn[kLocalisedMax];
+    loadResourceString(id, builtIn);
+    if (conversions(out) != conversions(builtIn)) std::memcpy(out, builtIn, kLocalisedMax);
+}
+
 int32_t showLocalisedMessage(void* owner, int32_t textId, int32_t captionId, intptr_t argument,
                              uint32_t style) {
     char text[kLocalisedMax], caption[kLocalisedMax];
-    loadLocalisedString(textId, text);
     loadLocalisedString(captionId, caption);
-    if (argument == 0) return showMessageBox(owner, text, caption, style);
-
-    // A translation is a format only when it asks for the same argument as the built-in text;
-    // any other translation file could make the formatting read what was never passed.
-    char format[kLocalisedMax];
-    loadResourceString(textId, format);
-    if (conversions(text) == conversions(format)) std::memcpy(format, text, kLocalisedMax);
+    if (argument == 0) {
+        loadLocalisedString(textId, text);
+        return showMessageBox(owner, text, caption, style);
+    }
+    loadLocalisedFormat(textId, text);
     char formatted[kLocalisedMax];
-    std::snprintf(formatted, sizeof formatted, format, argument);
+    std::snprintf(formatted, sizeof formatted, text, argument);
     return showMessageBox(owner, formatted, caption, style);
 }
 

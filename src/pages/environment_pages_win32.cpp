@@ -191,6 +191,7 @@ extern const ToolFamily kEnvironmentTool = {
     167,  // the sheet's icon
     true,
     true,
+    false,  // one record
     [](const ToolBlock& tool, const PageDesign** out) {
         *out = kEnvironmentPages;
         return tool.flag ? size_t(std::size(kEnvironmentPages)) : size_t(2);

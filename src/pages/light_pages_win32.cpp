@@ -96,6 +96,7 @@ extern const ToolFamily kLightTool = {
     238,  // the sheet's icon
     false,
     true,
+    false,  // one record
     [](const ToolBlock&, const PageDesign** out) {
         *out = kLightPages;
         return size_t(std::size(kLightPages));

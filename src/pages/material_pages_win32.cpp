@@ -191,6 +191,7 @@ extern const ToolFamily kMaterialTool = {
     165,  // the sheet's icon
     false,
     true,
+    false,  // one record
     [](const ToolBlock&, const PageDesign** out) {
         // Read as the sheet is built: a change of mode shows in the next sheet opened.
         if (expertMode()) {

@@ -5,6 +5,45 @@
 
 namespace orv {
 
+namespace {
+
+// Whole steps in span, a rounding error below a step not counting as one more.
+double wholeSteps(double span, double step) {
+    return std::ceil(span / step - 1e-9);
+}
+
+}  // namespace
+
+int StepSlider::stepsPerPosition() const {
+    if (!(high > low) || !(step > 0)) return 1;
+    const double steps = wholeSteps(high - low, step);
+    return steps > kStepSliderMost ? int(std::ceil(steps / kStepSliderMost)) : 1;
+}
+
+int StepSlider::positions() const {
+    if (!(high > low) || !(step > 0)) return 0;
+    return int(std::max(1.0, wholeSteps(high - low, step * stepsPerPosition())));
+}
+
+double StepSlider::value(int position) const {
+    if (position >= positions()) return high;
+    return std::min(high, low + std::max(0, position) * stepsPerPosition() * step);
+}
+
+int StepSlider::position(double v) const {
+    const int last = positions();
+    if (last == 0 || v >= high) return last;
+    const int p =
+        int(std::clamp(std::round((v - low) / (stepsPerPosition() * step)), 0.0, double(last)));
+    // The last step may be shorter than the others: nearer the limit is the limit.
+    if (p == last - 1 && high - v < v - value(p)) return last;
+    return p;
+}
+
+double clampToLimits(double value, double low, double high) {
+    return std::max(low, std::min(value, high));
+}
+
 Hsv rgbToHsv(const Vec3& rgb) {
     const double r = rgb.x, g = rgb.y, b = rgb.z;
     const double v = std::max(r, std::max(g, b));
@@ -36,13 +75,13 @@ void hsvToRgb(const Hsv& hsv, Vec3& rgb) {
     const double i = std::floor(h6), f = h6 - i;
     const double p = v * (1 - s), q = v * (1 - s * f), t = v * (1 - s * (1 - f));
     switch (static_cast<int>(i)) {
-    case 0: rgb = {v, t, p}; break;
-    case 1: rgb = {q, v, p}; break;
-    case 2: rgb = {p, v, t}; break;
-    case 3: rgb = {p, q, v}; break;
-    case 4: rgb = {t, p, v}; break;
-    case 5: rgb = {v, p, q}; break;
-    default: break;  // a full turn: the colour stays as it was
+        case 0: rgb = {v, t, p}; break;
+        case 1: rgb = {q, v, p}; break;
+        case 2: rgb = {p, v, t}; break;
+        case 3: rgb = {p, q, v}; break;
+        case 4: rgb = {t, p, v}; break;
+        case 5: rgb = {v, p, q}; break;
+        default: break;  // a full turn: the colour stays as it was
     }
 }
 
@@ -59,7 +98,9 @@ void setLightDistance(Vec3& position, const Vec3& target, double d) {
     position = target + Vec3{x, y, z};
 }
 
-double wholePart(double distance) { return std::floor(distance); }
+double wholePart(double distance) {
+    return std::floor(distance);
+}
 
 double wholeStep(double distance, int direction) {
     if (direction < 0 && distance < 1) return distance;

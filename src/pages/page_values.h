@@ -44,6 +44,21 @@ double textureSizeAt(double position, double size, double r);
 // Where the slider shows size: 100 - size / r x 100; the middle when r is 0.
 double textureSizePosition(double size, double r);
 
+// A link axis's slider: positions 0..positions() from the lower limit up in steps of step,
+// the last one the upper limit itself (also where the span is no whole number of steps). A
+// span of more than kStepSliderMost steps is covered in multiples of step.
+struct StepSlider {
+    static constexpr int kStepSliderMost = 10000;
+    double low, high, step;  // high >= low, step > 0
+    int stepsPerPosition() const;
+    int positions() const;
+    double value(int position) const;
+    int position(double value) const;  // the nearest position, within 0..positions()
+};
+
+// value within low..high.
+double clampToLimits(double value, double low, double high);
+
 struct Hsv {
     double h, s, v;  // each 0..1; a hue of 1 is a full turn
 };

@@ -9,5 +9,6 @@ extern const ToolFamily kTransmissionTool;
 extern const ToolFamily kLightTool;
 extern const ToolFamily kEnvironmentTool;
 extern const ToolFamily kMaterialTool;
+extern const ToolFamily kLinkTool;
 
 }  // namespace orv

@@ -70,7 +70,7 @@ void PreviewPage::sliderMoved(void* record, int id, bool dragging) {
 void PreviewPage::deactivated() { stopPreviewRaytrace(window()); }
 
 void PreviewPage::changed(bool dragging) {
-    if (!dragging || settings_.showActive) tool_.notifyHost(1);
+    if (!dragging || settings_.showActive) notifyHost(1);
     refreshPreview();
 }
 

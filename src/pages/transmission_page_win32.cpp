@@ -40,6 +40,7 @@ extern const ToolFamily kTransmissionTool = {
     239,  // the sheet's icon
     false,
     false,
+    false,  // one record
     [](const ToolBlock&, const PageDesign** out) {
         *out = kTransmissionPages;
         return size_t(std::size(kTransmissionPages));

@@ -22,6 +22,9 @@ struct ToolFamily {
     int iconId;
     bool nameInCaption;        // the sheet's caption is the caption, a blank and the name
     bool callbackAfterCancel;  // reason 1 once Cancel has restored the record
+    // The tool edits several records (the selected links), with a page each: pages() gives the
+    // one design that every record's page follows, titled with that record's name.
+    bool pagePerRecord;
     // The pages of this opening (the material sheet's depend on the expert mode).
     size_t (*pages)(const ToolBlock& tool, const PageDesign** out);
     void** (*toolPointer)(void* record);

@@ -3,10 +3,9 @@
 //   block     - the host's callback, Cancel's restore
 //   thread    - the sheet, its message loop and the clean-up
 //   host side - Open, Wait, and Dispose's close
-#include <windows.h>
-
 #include <commctrl.h>
 #include <prsht.h>
+#include <windows.h>
 
 #include <cstdio>
 #include <cstring>
@@ -45,24 +44,61 @@ void dispatchWaitingMessages() {
     }
 }
 
-void* loadToolPointer(void** toolPointer) { return __atomic_load_n(toolPointer, __ATOMIC_ACQUIRE); }
+void* loadToolPointer(void** toolPointer) {
+    return __atomic_load_n(toolPointer, __ATOMIC_ACQUIRE);
+}
 void storeToolPointer(void** toolPointer, void* value) {
     __atomic_store_n(toolPointer, value, __ATOMIC_RELEASE);
+}
+
+// The open tools, newest first, under the lock.
+ToolBlock* openTools = nullptr;
+
+void forgetOpenTool(ToolBlock& tool) {
+    for (ToolBlock** at = &openTools; *at; at = &(*at)->nextOpen) {
+        if (*at != &tool) continue;
+        *at = tool.nextOpen;
+        return;
+    }
+}
+
+// A block with its record arrays: one record in the block itself, several in one allocation
+// behind it.
+ToolBlock* newToolBlock(size_t recordCount) {
+    const size_t arrays = recordCount > 1 ? 2 * recordCount * sizeof(void*) : 0;
+    void* memory = checkedAlloc(sizeof(ToolBlock) + arrays);
+    ToolBlock* tool = new (memory) ToolBlock;
+    if (arrays) {
+        void** behind = reinterpret_cast<void**>(tool + 1);
+        for (size_t i = 0; i < 2 * recordCount; ++i) behind[i] = nullptr;
+        tool->records = behind;
+        tool->snapshots = behind + recordCount;
+        tool->recordCount = recordCount;
+    }
+    return tool;
+}
+
+void freeToolBlock(ToolBlock* tool) {
+    tool->~ToolBlock();
+    checkedFree(tool);
 }
 
 }  // namespace
 
 // ---- block ---------------------------------------------------------------------------------
 
-void ToolBlock::notifyHost(int32_t reason) {
-    if (callback && record && !disposing) callback(owner, record, data, reason);
+void ToolBlock::notifyHost(int32_t reason, void* edited) {
+    if (callback && edited && !disposing) callback(owner, edited, data, reason);
 }
 
 void ToolBlock::cancel() {
-    if (restored || disposing || !record) return;
+    if (restored || disposing) return;
     restored = true;
-    family->restoreSnapshot(record, snapshot);
-    if (family->callbackAfterCancel) notifyHost(1);
+    for (size_t i = 0; i < recordCount; ++i) {
+        if (!records[i]) continue;
+        family->restoreSnapshot(records[i], snapshots[i]);
+        if (family->callbackAfterCancel) notifyHost(1, records[i]);
+    }
 }
 
 namespace {
@@ -80,14 +116,18 @@ struct SheetPages {
     SheetPages(ToolBlock& tool) {
         const PageDesign* designs = nullptr;
         count = tool.family->pages(tool, &designs);
+        const bool perRecord = tool.family->pagePerRecord;
+        if (perRecord) count = count ? tool.recordCount : 0;
         if (count > kMost) count = kMost;
         for (size_t i = 0; i < count; ++i) {
-            const PageDesign& d = designs[i];
+            const PageDesign& d = designs[perRecord ? 0 : i];
             page[i] = d.make(tool, d);
+            if (perRecord) page[i]->editRecord(i);
             if (d.titleId) {
                 loadLocalisedString(d.titleId, title[i]);
             } else {
-                std::memcpy(title[i], tool.record, 64);  // a 64-character name has no terminator
+                // a 64-character name has no terminator
+                std::memcpy(title[i], tool.records[perRecord ? i : 0], 64);
                 if (!title[i][0]) loadLocalisedString(tool.family->captionId, title[i]);
             }
             PROPSHEETPAGEA& p = sheetPage[i];
@@ -163,15 +203,16 @@ SRWLOCK sheetBuildLock = SRWLOCK_INIT;
 
 DWORD WINAPI toolThread(void* parameter) {
     ToolBlock& tool = *static_cast<ToolBlock*>(parameter);
-    tool.snapshot = tool.family->takeSnapshot(tool.record);
+    for (size_t i = 0; i < tool.recordCount; ++i)
+        tool.snapshots[i] = tool.family->takeSnapshot(tool.records[i]);
     SheetPages& pages = *new (checkedAlloc(sizeof(SheetPages))) SheetPages(tool);
 
     AcquireSRWLockExclusive(&sheetBuildLock);
     INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_WIN95_CLASSES};
     InitCommonControlsEx(&controls);
     HICON icon = static_cast<HICON>(LoadImageA(static_cast<HINSTANCE>(libraryModule()),
-                                               MAKEINTRESOURCEA(tool.family->iconId), IMAGE_ICON,
-                                               0, 0, LR_DEFAULTSIZE));
+                                               MAKEINTRESOURCEA(tool.family->iconId), IMAGE_ICON, 0,
+                                               0, LR_DEFAULTSIZE));
     HWND sheet = pages.count ? createSheet(tool, pages, icon) : nullptr;
     ReleaseSRWLockExclusive(&sheetBuildLock);
     bool disposing;
@@ -193,6 +234,8 @@ DWORD WINAPI toolThread(void* parameter) {
         removeDialog(sheet);
         if (cleanUp && tool.disposing) EndDialog(sheet, 0);
         if (cleanUp) DestroyWindow(sheet);
+        if (cleanUp && tool.notifyOnClose && tool.callback && !tool.disposing)
+            tool.callback(tool.owner, nullptr, tool.data, 0);
     }
     // After a quit message the sheet outlives the loop until the thread ends: keep its icon.
     if (icon && (cleanUp || !sheet)) DestroyIcon(icon);
@@ -204,12 +247,15 @@ DWORD WINAPI toolThread(void* parameter) {
     {
         ToolsLock lock;
         tool.sheet = nullptr;
-        if (tool.record) storeToolPointer(tool.family->toolPointer(tool.record), nullptr);
+        for (size_t i = 0; i < tool.recordCount; ++i) {
+            if (tool.records[i])
+                storeToolPointer(tool.family->toolPointer(tool.records[i]), nullptr);
+        }
+        forgetOpenTool(tool);
         CloseHandle(tool.thread);
     }
-    tool.family->freeSnapshot(tool.snapshot);
-    tool.~ToolBlock();
-    checkedFree(&tool);
+    for (size_t i = 0; i < tool.recordCount; ++i) tool.family->freeSnapshot(tool.snapshots[i]);
+    freeToolBlock(&tool);
     return 0;
 }
 
@@ -218,35 +264,65 @@ DWORD WINAPI toolThread(void* parameter) {
 // ---- host side -----------------------------------------------------------------------------
 
 int32_t openTool(const ToolFamily& family, void* record, const ToolRequest& request) {
-    void** toolPointer = family.toolPointer(record);
+    return openToolOnSelection(family, &record, 1, nullptr, request);
+}
+
+int32_t openToolOnSelection(const ToolFamily& family, void* const* records, size_t count,
+                            bool (*wanted)(const void* record), const ToolRequest& request) {
     ToolsLock lock;
-    if (loadToolPointer(toolPointer)) return 0;
-    ToolBlock* tool = new (checkedAlloc(sizeof(ToolBlock))) ToolBlock;
+    void* chosen[kToolRecordsMost];
+    size_t chosenCount = 0;
+    for (size_t i = 0; i < count && chosenCount < kToolRecordsMost; ++i) {
+        void* record = records[i];
+        if (!record || loadToolPointer(family.toolPointer(record))) continue;
+        if (wanted && !wanted(record)) continue;
+        bool twice = false;
+        for (size_t k = 0; k < chosenCount; ++k) twice = twice || chosen[k] == record;
+        if (!twice) chosen[chosenCount++] = record;
+    }
+    if (!chosenCount) return 0;
+
+    ToolBlock* tool = newToolBlock(chosenCount);
+    for (size_t i = 0; i < chosenCount; ++i) tool->records[i] = chosen[i];
     loadLocalisedString(family.captionId, tool->caption);
     if (family.nameInCaption) {  // a 64-character name has no terminator in the record
         const size_t at = std::strlen(tool->caption);
         std::snprintf(tool->caption + at, kLocalisedMax - at, " %.64s",
-                      static_cast<const char*>(record));
+                      static_cast<const char*>(chosen[0]));
     }
     tool->owner = request.owner;
     tool->callback = request.callback;
     tool->data = request.data;
     std::memcpy(tool->hostValues, request.hostValues, sizeof tool->hostValues);
     tool->flag = request.flag;
-    tool->record = record;
+    tool->notifyOnClose = request.notifyOnClose;
     tool->family = &family;
-    storeToolPointer(toolPointer, tool);
+    for (size_t i = 0; i < chosenCount; ++i) storeToolPointer(family.toolPointer(chosen[i]), tool);
     // The lock is held until the handle is stored: the thread closes it when it ends.
     DWORD id = 0;
     tool->thread = CreateThread(nullptr, 0, toolThread, tool, 0, &id);
     tool->threadId = id;
     if (!tool->thread) {
-        storeToolPointer(toolPointer, nullptr);
-        tool->~ToolBlock();
-        checkedFree(tool);
+        for (size_t i = 0; i < chosenCount; ++i)
+            storeToolPointer(family.toolPointer(chosen[i]), nullptr);
+        freeToolBlock(tool);
         return 0;
     }
+    tool->nextOpen = openTools;
+    openTools = tool;
     return 1;
+}
+
+bool openToolEdits(const ToolFamily& family, bool (*matches)(const void* record, uint64_t value),
+                   uint64_t value) {
+    ToolsLock lock;
+    for (const ToolBlock* tool = openTools; tool; tool = tool->nextOpen) {
+        if (tool->family != &family) continue;
+        for (size_t i = 0; i < tool->recordCount; ++i) {
+            if (tool->records[i] && matches(tool->records[i], value)) return true;
+        }
+    }
+    return false;
 }
 
 int32_t waitTool(const ToolFamily& family, void* record) {
@@ -267,7 +343,10 @@ void closeTool(void** toolPointer) {
         if (tool->threadId == GetCurrentThreadId()) {
             // Disposed of from the editor's own thread (inside a callback): the record leaves
             // the editor now, and the thread's clean-up finds nothing to clear.
-            tool->record = nullptr;
+            for (size_t i = 0; i < tool->recordCount; ++i) {
+                if (tool->records[i] && tool->family->toolPointer(tool->records[i]) == toolPointer)
+                    tool->records[i] = nullptr;
+            }
             storeToolPointer(toolPointer, nullptr);
         } else {
             DuplicateHandle(GetCurrentProcess(), tool->thread, GetCurrentProcess(), &thread,

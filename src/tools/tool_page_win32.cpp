@@ -146,7 +146,7 @@ void FieldPage::clicked(int id) {
     for (const FieldControl* c = controls_; c != controls_ + count_; ++c) {
         if (c->kind == FieldControl::check) field<int32_t>(r, *c) = readCheck(window(), c->id);
     }
-    if (live_) tool_.notifyHost(1);
+    if (live_) notifyHost(1);
 }
 
 void FieldPage::numberEntered(int id) {
@@ -156,7 +156,7 @@ void FieldPage::numberEntered(int id) {
         double& value = field<double>(r, *c);
         value = readEditNumber(window(), id);
         showNumber(id, value, c->format);  // the user sees the value as stored
-        if (live_) tool_.notifyHost(1);
+        if (live_) notifyHost(1);
     }
 }
 

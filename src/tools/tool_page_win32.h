@@ -23,6 +23,9 @@ public:
     // The one dialog procedure of every page; the page object comes with WM_INITDIALOG.
     static INT_PTR CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
+    // The page edits the tool's record index (of the links a link tool edits); 0 by default.
+    void editRecord(size_t index) { recordIndex_ = index; }
+
 protected:
     // Fills the controls from the record (on every activation).
     virtual void fill() = 0;
@@ -37,10 +40,12 @@ protected:
     // The page is left for another or the sheet closes.
     virtual void deactivated() {}
     // Apply: the host hears of it with reason 0.
-    virtual void applied() { tool_.notifyHost(0); }
+    virtual void applied() { notifyHost(0); }
 
     // The record, or null once it is being disposed of.
-    void* record() const { return tool_.disposing ? nullptr : tool_.record; }
+    void* record() const { return tool_.disposing ? nullptr : tool_.records[recordIndex_]; }
+    // The host hears of a change of the page's record.
+    void notifyHost(int32_t reason) { tool_.notifyHost(reason, record()); }
     HWND window() const { return window_; }
     // Writes a number or a text into an edit without taking it for the user's input.
     void showNumber(int id, double value, NumberFormat format);
@@ -57,6 +62,7 @@ private:
     void wakeLoop();
 
     HWND window_ = nullptr;
+    size_t recordIndex_ = 0;
     bool localised_ = false, writing_ = false, stopped_ = false;
     static constexpr size_t kTypedMost = 16;
     int typed_[kTypedMost] = {};  // edits whose text the user changed, 0 for a free place

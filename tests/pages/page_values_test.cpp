@@ -1,11 +1,11 @@
 // The pages' arithmetic with exact values: slider scales both ways, RGB and HSV with their
 // tie order and the hue that leaves a colour alone, the light's sequential distance rescaling,
 // and the fog distances' whole and fractional parts.
+#include "pages/page_values.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
-
-#include "pages/page_values.h"
 
 namespace orv {
 namespace {
@@ -15,21 +15,62 @@ TEST(PageValues, SlidersMapBothWays) {
         SliderScale scale;
         double position, value;
     } cases[] = {
-        {kPercentSlider, 0, 1.0},   {kPercentSlider, 100, 0.0},  {kPercentSlider, 50, 0.5},
-        {kHueSlider, 0, 1.0},       {kHueSlider, 240, 120 * kHueSlider.step},
-        {kAngleSlider, 0, 90},      {kAngleSlider, 90, 0},       {kSharpnessSlider, 128, 0},
-        {kDistanceSlider, 100, 0},  {kDistanceSlider, 75, 2.5},  {kBrightnessSlider, 100, 1.0},
+        {kPercentSlider, 0, 1.0},
+        {kPercentSlider, 100, 0.0},
+        {kPercentSlider, 50, 0.5},
+        {kHueSlider, 0, 1.0},
+        {kHueSlider, 240, 120 * kHueSlider.step},
+        {kAngleSlider, 0, 90},
+        {kAngleSlider, 90, 0},
+        {kSharpnessSlider, 128, 0},
+        {kDistanceSlider, 100, 0},
+        {kDistanceSlider, 75, 2.5},
+        {kBrightnessSlider, 100, 1.0},
         {kBrightnessSlider, 0, 2.0},
         // The material's: the gloss value's square is the shininess, so the middle is 25.
-        {kGlossSlider, 0, 10},      {kGlossSlider, 50, 5},       {kGlossSlider, 100, 0},
-        {kOpacitySlider, 0, 0},     {kOpacitySlider, 30, 0.3},   {kOpacitySlider, 100, 1},
-        {kRefractionSlider, 0, 1.5}, {kRefractionSlider, 150, 0},
-        {kRotationSlider, -180, 180}, {kRotationSlider, 45, -45},
-        {kOffsetSlider, 100, -1},   {kOffsetSlider, -50, 0.5},
+        {kGlossSlider, 0, 10},
+        {kGlossSlider, 50, 5},
+        {kGlossSlider, 100, 0},
+        {kOpacitySlider, 0, 0},
+        {kOpacitySlider, 30, 0.3},
+        {kOpacitySlider, 100, 1},
+        {kRefractionSlider, 0, 1.5},
+        {kRefractionSlider, 150, 0},
+        {kRotationSlider, -180, 180},
+        {kRotationSlider, 45, -45},
+        {kOffsetSlider, 100, -1},
+        {kOffsetSlider, -50, 0.5},
     };
     for (const Case& c : cases) {
         EXPECT_DOUBLE_EQ(c.scale.value(c.position), c.value) << c.position;
         EXPECT_NEAR(c.scale.position(c.value), c.position, 1e-9) << c.value;
+    }
+}
+
+// A link axis's slider: whole steps from the lower limit, the upper limit last even where the
+// span is no whole number of steps, and coarser positions once the span exceeds 10000 steps.
+TEST(PageValues, StepSlidersRunFromLimitToLimit) {
+    const struct {
+        StepSlider slider;
+        int positions;
+        int position;  // of value, and back
+        double value;
+        int nearest;  // the position of a value between two
+        double between;
+    } cases[] = {
+        {{-180, 180, 1}, 360, 180, 0.0, 91, -89.4},
+        {{0, 1, 0.3}, 4, 3, 0.9, 4, 0.96},  // the last, shorter step ends at the limit
+        {{0, 100, 0.5}, 200, 7, 3.5, 8, 3.9},
+        {{0, 1000, 0.01}, 10000, 5000, 500, 2, 0.23},  // 100000 steps: every tenth
+        {{2, 2, 1}, 0, 0, 2, 0, 5},                    // no span: one position
+        {{5, 10, 0}, 0, 0, 10, 0, 7},                  // no step: nothing to slide
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.slider.positions(), c.positions) << c.slider.high;
+        EXPECT_DOUBLE_EQ(c.slider.value(c.position), c.value) << c.slider.high;
+        EXPECT_EQ(c.slider.position(c.value), c.position) << c.slider.high;
+        EXPECT_EQ(c.slider.position(c.between), c.nearest) << c.slider.high;
+        EXPECT_EQ(c.slider.value(c.positions), c.slider.high);
     }
 }
 
@@ -52,10 +93,10 @@ TEST(PageValues, RgbToHsvFollowsTheTieOrder) {
         {{1, 0, 0}, {0, 1, 1}},
         {{0, 1, 0}, {1.0 / 3, 1, 1}},
         {{0, 0, 1}, {2.0 / 3, 1, 1}},
-        {{1, 1, 0}, {1.0 / 6, 1, 1}},              // red wins the tie with green
-        {{0, 1, 1}, {0.5, 1, 1}},                  // green wins the tie with blue
-        {{1, 0, 1}, {5.0 / 6, 1, 1}},              // red wins, hue below 0 turned
-        {{0.5, 0.5, 0.5}, {0, 0, 0.5}},            // grey
+        {{1, 1, 0}, {1.0 / 6, 1, 1}},    // red wins the tie with green
+        {{0, 1, 1}, {0.5, 1, 1}},        // green wins the tie with blue
+        {{1, 0, 1}, {5.0 / 6, 1, 1}},    // red wins, hue below 0 turned
+        {{0.5, 0.5, 0.5}, {0, 0, 0.5}},  // grey
         {{0, 0, 0}, {0, 0, 0}},
         {{0.8, 0.4, 0.2}, {(0.4 - 0.2) / 0.6 * 0.16666666666666666, 0.75, 0.8}},
     };
@@ -95,9 +136,9 @@ TEST(PageValues, LightDistanceRescalesOneComponentAfterAnother) {
         Vec3 expected;
     } cases[] = {
         {{3, 0, 4}, {0, 0, 0}, 10, {6, 0, 10 * 4 / std::sqrt(36.0 + 16)}},  // close to, not d
-        {{1, 2, 2}, {1, 1, 1}, 0.0005, {1, 2, 2}},                         // below 0.001
-        {{2, 2, 2}, {2, 2, 2}, 3, {2, 2, 5}},                                // on its target
-        {{0, 0, -2}, {0, 0, 0}, 5, {0, 0, -5}},                              // on an axis: exact
+        {{1, 2, 2}, {1, 1, 1}, 0.0005, {1, 2, 2}},                          // below 0.001
+        {{2, 2, 2}, {2, 2, 2}, 3, {2, 2, 5}},                               // on its target
+        {{0, 0, -2}, {0, 0, 0}, 5, {0, 0, -5}},                             // on an axis: exact
     };
     for (const Case& c : cases) {
         Vec3 p = c.position;

@@ -86,6 +86,7 @@ TEST(StringTable, UmlautsAndLineFeedsInUtf16) {
         {267, L"Ung\u00fcltige Definition der abh\u00e4ngigen Verbindungen."},
         {268, L"Material existiert bereits."},
         {269, L"Die Liste ist voll: sie fasst h\u00f6chstens 1024 Materialien."},
+        {290, L"verz\u00f6gert"},
         {119, L"Das Bild ist nicht quadratisch.\nSoll auf quadratisches Format aufgef\u00fcllt "
               L"werden\n(andernfalls wird das Bild abgeschnitten)?"},
         {156, L"Es konnte kein freier Arbeitsspeicher zugeordnet werden.\nVermutlich ist die "
@@ -108,7 +109,7 @@ TEST(StringTable, AnsiTextIsWindows1252) {
 
 TEST(StringTable, IdsOutsideTheTableLoadNothing) {
     // 1 has no block at all; the others are neighbours of entries, 107 and 157 in their blocks.
-    for (UINT id : {1u, 71u, 107u, 134u, 157u, 259u, 270u}) {
+    for (UINT id : {1u, 71u, 107u, 134u, 157u, 259u, 299u}) {
         for (const StringEntry& entry : kStringTable) ASSERT_NE(entry.id, id);
         EXPECT_EQ(loadWide(id), std::wstring()) << "id " << id;
     }
