@@ -1,6 +1,7 @@
 /* mechanism - a host that lets OrvantaDLL move two mechanisms through one turn of a drive.
  *
  *   mechanism [output.txt]
+ *   mechanism --link-tool [seconds]      (Windows)
  *
  * The host keeps its own little object table (bodies with names and motion matrices, link
  * items, one transmission item) and hands the library the fifteen callbacks over it. On the
@@ -11,9 +12,18 @@
  * every step. Each of the 25 steps prints the time and, for each moving body, where its
  * marked point stands ("%.6f"), to the file named or to standard output.
  *
+ * With --link-tool the host opens the link tool on the slider crank instead: the followers are
+ * skipped, so its one page is the crank's. Every change the user makes is called back; the host
+ * then moves the mechanism to it and prints where the slider stands. The host ends when the
+ * tool is closed, or after the seconds given, disposing of its links, which closes the tool.
+ *
  * Uses only the public header. Exits with 1 when a loop does not close. */
+#ifdef _WIN32
+#include <windows.h>
+#endif
 #include <math.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include "orvanta.h"
@@ -155,6 +165,45 @@ static void printNumber(FILE* out, double v) {
     fprintf(out, " %.6f", fabs(v) < 5e-7 ? 0.0 : v);
 }
 
+#ifdef _WIN32
+/* ---- The link tool ---------------------------------------------------------------------- */
+
+static int openLoops;
+
+/* Called on the tool's thread: a change of the crank (reason 1), OK (0), or the tool closing
+ * (no record). The host moves the mechanism as the user sets it, at time 0 of the drive. */
+static int32_t toolChanged(void* owner, void* record, void* data, int32_t reason) {
+    (void)owner, (void)data;
+    if (!record) {
+        printf("link tool closed\n");
+        return 0;
+    }
+    openLoops += Animation(0, 0) != 0;
+    const double* m = bodies[3].m;
+    printf("reason %d: %s at %.1f degrees, slider at x = %.6f\n", (int)reason,
+           ((Lnk*)record)->name, ((Lnk*)record)->rotCur, 4 * m[0] + 0.25 * m[4] + m[12]);
+    fflush(stdout);
+    return 0;
+}
+
+static int runLinkTool(double seconds) {
+    if (!OpenLnkTool(NULL, links, 4, 1, 0, toolChanged, NULL, 0, 0, 0, 0)) {
+        fprintf(stderr, "mechanism: the link tool did not open\n");
+        return 1;
+    }
+    printf("link tool open on %s\n", links[0]->name);
+    fflush(stdout);
+    /* The host's own loop, until the tool has closed or the time is up. */
+    const DWORD end = GetTickCount() + (DWORD)(seconds * 1000);
+    while (links[0]->tool && (seconds <= 0 || (int32_t)(end - GetTickCount()) > 0)) {
+        MSG msg;
+        while (PeekMessageA(&msg, NULL, 0, 0, PM_REMOVE)) DispatchMessageA(&msg);
+        Sleep(10);
+    }
+    return openLoops ? 1 : 0;
+}
+#endif
+
 int main(int argc, char** argv) {
     for (int i = 1; i <= kBodies; ++i) {
         memset(bodies[i].m, 0, sizeof bodies[i].m);
@@ -170,6 +219,15 @@ int main(int argc, char** argv) {
                 (unsigned long long)offending);
         return 1;
     }
+
+#ifdef _WIN32
+    if (argc > 1 && strcmp(argv[1], "--link-tool") == 0) {
+        const int result = runLinkTool(argc > 2 ? atof(argv[2]) : 0);
+        for (int i = 0; i < kLinks; ++i) DisposeLnk(links[i]); /* closes a tool still open */
+        DisposeTrn(gears);
+        return result;
+    }
+#endif
 
     /* A file opened in binary mode holds the same bytes on every system. */
     FILE* out = argc > 1 ? fopen(argv[1], "wb") : stdout;

@@ -3,8 +3,9 @@
 // page also holds the coupling with its ratio, the follower and collision switches and the
 // reset. Every change writes the live link and tells the host with reason 1, so a host that
 // animates on it moves the body with the slider.
-#include <commctrl.h>
 #include <windows.h>
+
+#include <commctrl.h>
 
 #include <cmath>
 #include <cstddef>

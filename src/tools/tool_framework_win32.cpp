@@ -3,9 +3,10 @@
 //   block     - the host's callback, Cancel's restore
 //   thread    - the sheet, its message loop and the clean-up
 //   host side - Open, Wait, and Dispose's close
+#include <windows.h>
+
 #include <commctrl.h>
 #include <prsht.h>
-#include <windows.h>
 
 #include <cstdio>
 #include <cstring>

@@ -2,10 +2,11 @@
 // page, ObjInLnkTool, the page's fields driven from a table, the drive dialog's phase editing
 // compared with the same phases given as an info text, and drive files through the file
 // dialogs.
+#include <windows.h>
+
 #include <commctrl.h>
 #include <gtest/gtest.h>
 #include <prsht.h>
-#include <windows.h>
 
 #include <cstdio>
 #include <cstring>

@@ -1,5 +1,6 @@
 // The tools over many openings and updates: 1,000 open/close cycles of the transmission tool
-// (Cancel, OK, the close message and Dispose in turn), and 500 raytraced preview pictures each
+// (Cancel, OK, the close message and Dispose in turn), 100 of a link tool over three links (a
+// drive dialog open when one link is disposed of), and 500 raytraced preview pictures each
 // started and cancelled by the next change, leave the process's handles, GDI and USER objects,
 // threads and memory as they were; a light tool and a scene tool edited at once while the host
 // reads both records on every callback; a material tool rebuilding and applying its image while
@@ -18,6 +19,7 @@
 #include "appearance/bmp_writer.h"
 #include "environment_page_ids.h"
 #include "light_page_ids.h"
+#include "link_page_ids.h"
 #include "material_page_ids.h"
 #include "orvanta.h"
 #include "preview_ids.h"
@@ -71,6 +73,45 @@ TEST(ToolReliability, OpenCloseCyclesLeaveTheProcessAsItWas) {
     expectFlat(before, after);
     EXPECT_TRUE(host.sheets().empty());
     DisposeTrn(trn);
+}
+
+// Three links in one tool, ended in turn by Cancel, OK, a close message, and disposing of one
+// of them while a drive dialog stands over the sheet: every link is free again each time, the
+// others' pointers cleared by the tool's thread.
+bool linkCycle(EditorHost& host, Lnk* (&links)[3], int ending) {
+    if (OpenLnkTool(host.window(), links, 3, 0, 1, EditorHost::applyCallback, &host, 0, 0, 0,
+                    0) != 1)
+        return false;
+    const HWND sheet = host.sheet();
+    if (!sheet) return false;
+    const SheetDriver driver(sheet);
+    if (ending == 3) {
+        PostMessageA(driver.page(), WM_COMMAND, MAKEWPARAM(IDC_LNK_ROT_DRIVE, BN_CLICKED), 0);
+        host.waitUntil([&] { return !IsWindowEnabled(sheet); });
+        DisposeLnk(links[1]);
+        links[1] = CreateLnk("Zyklus");
+        if (IsWindow(sheet)) return false;
+    } else if (ending < 2) {
+        driver.press(ending ? PSBTN_OK : PSBTN_CANCEL);
+    } else {
+        driver.close();
+    }
+    return host.waitUntil([&] { return !links[0]->tool && !links[1]->tool && !links[2]->tool; });
+}
+
+TEST(ToolReliability, LinkToolCyclesLeaveTheProcessAsItWas) {
+    constexpr int kCycles = 100;
+    EditorHost host;
+    Lnk* links[3] = {CreateLnk("Kurbel"), CreateLnk("Zyklus"), CreateLnk("Pleuel")};
+    for (int i = 0; i < 12; ++i) ASSERT_TRUE(linkCycle(host, links, i % 4));  // warm-up
+    const ProcessUsage before = usageNow();
+    int failed = 0;
+    for (int i = 0; i < kCycles; ++i) failed += !linkCycle(host, links, i % 4);
+    const ProcessUsage after = usageNow();
+    std::printf("%d link tool cycles: %s\n", kCycles, usageChange(before, after).c_str());
+    EXPECT_EQ(failed, 0);
+    expectFlat(before, after);
+    for (Lnk* link : links) DisposeLnk(link);
 }
 
 // Every change of a raytraced page stops the picture being traced (within a row) and starts
