@@ -21,7 +21,7 @@ OrvDrive driveOf(const std::vector<double>& paths) {
 
 std::vector<double> pathsOf(const OrvDrive& d) {
     std::vector<double> paths;
-    for (int i = 0; i < d.count; ++i) paths.push_back(d.phases[i].W);
+    for (int i = 0; i < d.count; ++i) paths.push_back(double(d.phases[i].W));  // a copy: packed
     return paths;
 }
 

@@ -373,6 +373,14 @@ TEST(LinkTool, TheDriveDialogEditsPhasesAsTheInfoTextGivesThem) {
     chooseFile(host, again, folder.write("good.drv", "1,5;2;4;0\r\n"));
     EXPECT_TRUE(host.waitUntil([&] { return listText(again, 0, 1) == "1.5"; }));
     EXPECT_EQ(SendDlgItemMessageA(again, IDC_DRV_LIST, LVM_GETITEMCOUNT, 0, 0), 1);
+    // The generator: there and back over the period, a period of 0 refused.
+    SetDlgItemTextA(again, IDC_DRV_GEN_PATH, "30");
+    SetDlgItemTextA(again, IDC_DRV_GEN_PERIOD, "2");
+    SendDlgItemMessageA(again, IDC_DRV_GEN_FUNCTION, CB_SETCURSEL, 2, 0);
+    SheetDriver(again, true).click(IDC_DRV_GENERATE);
+    EXPECT_EQ(SendDlgItemMessageA(again, IDC_DRV_LIST, LVM_GETITEMCOUNT, 0, 0), 2);
+    EXPECT_EQ(listText(again, 1, 1) + listText(again, 1, 2) + listText(again, 1, 3),
+              german() ? "-301cosinus" : "-301cosine");
     SendMessageA(again, WM_COMMAND, IDCANCEL, 0);  // the link keeps its two phases
     sheet.press(PSBTN_OK);
     EXPECT_TRUE(host.waitUntil([&] { return !link->tool; }));
