@@ -173,6 +173,33 @@ Trn* Document::addTransmission(const char* name, Lnk* source, Lnk* target) {
     return trn;
 }
 
+Mat* Document::adoptMaterial(Mat* mat) {
+    materials_.push_back(mat);
+    return mat;
+}
+
+Lgt* Document::adoptLight(Lgt* light) {
+    lights_.insert(lights_.end() - 1, light);
+    return light;
+}
+
+// Only the handles change: the geometry, values and drives stay as the record holds them.
+Lnk* Document::adoptLink(Lnk* link, int source, int target) {
+    link->sourceBody = source >= 0 ? bodyObject(size_t(source)) : 0;
+    link->targetBody = target >= 0 ? bodyObject(size_t(target)) : 0;
+    link->linkObject = kLinkObjects + links_.size();
+    links_.push_back(link);
+    return link;
+}
+
+Trn* Document::adoptTransmission(Trn* trn, int sourceLink, int targetLink) {
+    SetTrn(trn, sourceLink >= 0 ? kLinkItems + uint64_t(sourceLink) : 0,
+           targetLink >= 0 ? kLinkItems + uint64_t(targetLink) : 0,
+           kTrnObjects + transmissions_.size());
+    transmissions_.push_back(trn);
+    return trn;
+}
+
 Box Document::bounds(bool withGround) const {
     Box box;
     for (const Body& body : bodies_)

@@ -68,6 +68,12 @@ public:
     Lnk* addLink(const char* name, size_t source, size_t target, Vec3 a, Vec3 b, bool sliding,
                  bool follower);
     Trn* addTransmission(const char* name, Lnk* source, Lnk* target);
+    // Records read from a file: the document takes them over. Links and transmissions get the
+    // document's own handles for the bodies and links given by index (-1 for none).
+    Mat* adoptMaterial(Mat* mat);
+    Lgt* adoptLight(Lgt* light);
+    Lnk* adoptLink(Lnk* link, int source, int target);
+    Trn* adoptTransmission(Trn* trn, int sourceLink, int targetLink);
 
     Box bounds(bool withGround = true) const;
     // The body a ray hits first, or -1.

@@ -2,7 +2,8 @@
 // an OpenGL viewport, looking as the library's materials, lights and environment define them
 // and moving as its links and transmissions drive them, with the library's tools to edit it all.
 //
-//   studio [model.obj ...]
+//   studio [scene.ovs] [model.obj ...]
+//   studio --script <folder> [--mechanism <mechanism.txt>]     (script.h: the scripted session)
 //
 // Without models the studio opens its default scene: a slider crank and a four-bar linkage
 // geared to each other, and a block that slides into a cylinder now and then.
@@ -15,16 +16,20 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cwchar>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "document_file.h"
 #include "editors.h"
 #include "messages.h"
 #include "orvanta.h"
+#include "raytrace_window.h"
 #include "scene.h"
 #include "scene_tree.h"
+#include "script.h"
 #include "text.h"
 #include "viewport.h"
 
@@ -34,11 +39,22 @@ namespace {
 
 struct Options {
     std::vector<std::wstring> models;  // OBJ files, loaded as bodies
+    std::wstring scene;                // a scene file (*.ovs) to open; the models join it
+    std::wstring scriptFolder;         // run the scripted session, writing here
+    std::wstring mechanismFile;        // the mechanism's printout the session compares with
 };
 
-const wchar_t kUsage[] = L"Usage: studio [model.obj ...]";
+const wchar_t kUsage[] =
+    L"Usage: studio [scene.ovs] [model.obj ...]\n"
+    L"       studio --script <folder> [--mechanism <file>]";
 
-// Arguments are model files; flags start with "--" and each gets its branch here.
+bool hasExtension(const std::wstring& path, const wchar_t* extension) {
+    const size_t length = std::wcslen(extension);
+    return path.size() >= length && _wcsicmp(path.c_str() + path.size() - length, extension) == 0;
+}
+
+// Arguments are a scene file and model files; flags start with "--" and each gets its branch
+// here.
 bool parseCommandLine(Options& options, std::wstring& error) {
     int argc = 0;
     wchar_t** argv = CommandLineToArgvW(GetCommandLineW(), &argc);
@@ -46,9 +62,17 @@ bool parseCommandLine(Options& options, std::wstring& error) {
     bool ok = true;
     for (int i = 1; i < argc && ok; ++i) {
         const std::wstring arg = argv[i];
-        if (arg.rfind(L"--", 0) == 0) {
+        if ((arg == L"--script" || arg == L"--mechanism") && i + 1 < argc) {
+            (arg == L"--script" ? options.scriptFolder : options.mechanismFile) = argv[++i];
+        } else if (arg.rfind(L"--", 0) == 0) {
             error = L"Unknown option " + arg + L"\n\n" + kUsage;
             ok = false;
+        } else if (hasExtension(arg, L".ovs")) {
+            if (!options.scene.empty()) {
+                error = L"Only one scene file can be opened.\n\n" + std::wstring(kUsage);
+                ok = false;
+            }
+            options.scene = arg;
         } else {
             options.models.push_back(arg);
         }
@@ -77,6 +101,11 @@ enum Command : WORD {
     CmdRewind,
     CmdCollisionCheck,
     CmdAbout,
+    CmdNew = 200,
+    CmdOpen,
+    CmdSave,
+    CmdSaveAs,
+    CmdRaytrace,
 };
 
 enum Child { IdToolbar = 1, IdTree, IdViewport, IdStatus };
@@ -89,6 +118,11 @@ constexpr int kSplitter = 5;
 
 HMENU buildMenu() {
     HMENU file = CreatePopupMenu();
+    AppendMenuW(file, MF_STRING, CmdNew, L"&New\tCtrl+N");
+    AppendMenuW(file, MF_STRING, CmdOpen, L"&Open...\tCtrl+O");
+    AppendMenuW(file, MF_STRING, CmdSave, L"&Save\tCtrl+S");
+    AppendMenuW(file, MF_STRING, CmdSaveAs, L"Save &As...");
+    AppendMenuW(file, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(file, MF_STRING, CmdImport, L"&Import OBJ...\tCtrl+I");
     AppendMenuW(file, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(file, MF_STRING, CmdExit, L"E&xit");
@@ -116,6 +150,9 @@ HMENU buildMenu() {
     AppendMenuW(animation, MF_SEPARATOR, 0, nullptr);
     AppendMenuW(animation, MF_STRING, CmdCollisionCheck, L"&Collision Check");
 
+    HMENU render = CreatePopupMenu();
+    AppendMenuW(render, MF_STRING, CmdRaytrace, L"&Raytrace\tF5");
+
     HMENU help = CreatePopupMenu();
     AppendMenuW(help, MF_STRING, CmdAbout, L"&About Orvanta Studio");
 
@@ -125,13 +162,18 @@ HMENU buildMenu() {
     AppendMenuW(bar, MF_POPUP, UINT_PTR(view), L"&View");
     AppendMenuW(bar, MF_POPUP, UINT_PTR(tools), L"&Tools");
     AppendMenuW(bar, MF_POPUP, UINT_PTR(animation), L"&Animation");
+    AppendMenuW(bar, MF_POPUP, UINT_PTR(render), L"&Render");
     AppendMenuW(bar, MF_POPUP, UINT_PTR(help), L"&Help");
     return bar;
 }
 
 HACCEL buildAccelerators() {
     ACCEL keys[] = {
+        {FVIRTKEY | FCONTROL, 'N', CmdNew},
+        {FVIRTKEY | FCONTROL, 'O', CmdOpen},
+        {FVIRTKEY | FCONTROL, 'S', CmdSave},
         {FVIRTKEY | FCONTROL, 'I', CmdImport},
+        {FVIRTKEY, VK_F5, CmdRaytrace},
         {FVIRTKEY, VK_ESCAPE, CmdDeselect},
         {FVIRTKEY, VK_HOME, CmdFitAll},
         {FVIRTKEY | FCONTROL, 'M', CmdMaterialTool},
@@ -148,7 +190,7 @@ HACCEL buildAccelerators() {
 
 // ---- Main window -----------------------------------------------------------------------------
 
-class StudioWindow {
+class StudioWindow final : public ScriptHost {
 public:
     ~StudioWindow() {
         if (accelerators_) DestroyAcceleratorTable(accelerators_);
@@ -156,6 +198,15 @@ public:
     bool create(HINSTANCE instance, const Options& options);
     HWND hwnd() const { return hwnd_; }
     HACCEL accelerators() const { return accelerators_; }
+
+    // What the scripted session drives beyond the menu and the tree.
+    HWND mainWindow() const override { return hwnd_; }
+    Document& currentDocument() override { return *document_; }
+    Viewport& currentViewport() override { return viewport_; }
+    void animateTo(double time) override { moveTo(time); }
+    void showDocument(std::unique_ptr<Document> document, const std::wstring& path) override {
+        replaceDocument(std::move(document), path);
+    }
 
 private:
     static LRESULT CALLBACK windowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
@@ -171,6 +222,12 @@ private:
     void loadDocument(const Options& options);
     void documentChanged();
     void importModel();
+    // The document shown is replaced whole; the old one is disposed of with its tools.
+    void replaceDocument(std::unique_ptr<Document> document, const std::wstring& path);
+    void openScene();
+    bool saveScene(bool choosePath);
+    void showTitle() const;
+    void raytrace();
 
     void editSelection();
     void openMaterialTool();
@@ -197,6 +254,7 @@ private:
     Viewport viewport_;
     Options options_;
     std::unique_ptr<Document> document_;
+    std::wstring documentPath_;  // its scene file; empty until it has one
     std::unique_ptr<MaterialLibrary> library_;
     Selection selection_;
     int treeWidth_ = 240;
@@ -357,7 +415,8 @@ bool StudioWindow::onCreate() {
 void StudioWindow::onDestroy() {
     KillTimer(hwnd_, kAnimationTimer);
     library_.reset();
-    // Disposing of the records closes their tools and waits for them.
+    // Disposing of the records closes their tools and waits for them; renders end before.
+    stopRaytraceWindows(hwnd_);
     viewport_.setDocument(nullptr);
     document_.reset();
     PostQuitMessage(0);
@@ -410,8 +469,20 @@ bool StudioWindow::onSplitterMouse(UINT message, LPARAM lParam) {
 // ---- Document --------------------------------------------------------------------------------
 
 void StudioWindow::loadDocument(const Options& options) {
-    auto document = std::make_unique<Document>();
-    if (options.models.empty()) {
+    std::unique_ptr<Document> document;
+    if (!options.scene.empty()) {
+        std::string error;
+        document = openDocument(options.scene, error);
+        if (document) {
+            documentPath_ = options.scene;
+        } else {
+            MessageBoxW(hwnd_, (options.scene + L":\n" + widen(error)).c_str(), L"Orvanta Studio",
+                        MB_ICONWARNING);
+        }
+    }
+    const bool opened = document != nullptr;
+    if (!opened) document = std::make_unique<Document>();
+    if (!opened && options.models.empty()) {
         buildDefaultScene(*document);
     } else {
         for (const std::wstring& path : options.models) {
@@ -420,11 +491,12 @@ void StudioWindow::loadDocument(const Options& options) {
                 MessageBoxW(hwnd_, (path + L":\n" + widen(error)).c_str(), L"Orvanta Studio",
                             MB_ICONWARNING);
         }
-        addFloor(*document);
+        if (!opened) addFloor(*document);
     }
     document_ = std::move(document);
     documentChanged();
     viewport_.setDocument(document_.get());
+    showTitle();
 }
 
 // After bodies or links came or went: the kinematics and the tree start over.
@@ -457,11 +529,106 @@ void StudioWindow::importModel() {
     setStatus(FieldMessage, std::wstring(L"Imported ") + path);
 }
 
+// ---- Scene files -----------------------------------------------------------------------------
+
+constexpr wchar_t kSceneFilter[] = L"Orvanta Studio scene (*.ovs)\0*.ovs\0All files\0*.*\0";
+
+void StudioWindow::replaceDocument(std::unique_ptr<Document> document, const std::wstring& path) {
+    // Renders read the old records and the clock moves them: both stop first. Messages that
+    // arrive while its tools close find no document.
+    stopRaytraceWindows(hwnd_);
+    pause();
+    kinematics_ = false;
+    viewport_.setDocument(nullptr);
+    document_.reset();
+    document_ = std::move(document);
+    documentPath_ = path;
+    time_ = playStartTime_ = 0;
+    documentChanged();
+    viewport_.setDocument(document_.get());
+    showTitle();
+}
+
+void StudioWindow::openScene() {
+    wchar_t path[MAX_PATH] = L"";
+    OPENFILENAMEW dialog{};
+    dialog.lStructSize = sizeof dialog;
+    dialog.hwndOwner = hwnd_;
+    dialog.lpstrFilter = kSceneFilter;
+    dialog.lpstrFile = path;
+    dialog.nMaxFile = MAX_PATH;
+    dialog.Flags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_NOCHANGEDIR;
+    if (!GetOpenFileNameW(&dialog)) return;
+    std::string error;
+    std::unique_ptr<Document> document = openDocument(path, error);
+    if (!document) {
+        MessageBoxW(hwnd_, (std::wstring(path) + L":\n" + widen(error)).c_str(), L"Orvanta Studio",
+                    MB_ICONWARNING);
+        return;
+    }
+    replaceDocument(std::move(document), path);
+    setStatus(FieldMessage, std::wstring(L"Opened ") + path);
+}
+
+bool StudioWindow::saveScene(bool choosePath) {
+    std::wstring path = documentPath_;
+    if (choosePath || path.empty()) {
+        wchar_t chosen[MAX_PATH] = L"Untitled.ovs";
+        if (!path.empty()) wcsncpy(chosen, path.c_str(), MAX_PATH - 1);
+        OPENFILENAMEW dialog{};
+        dialog.lStructSize = sizeof dialog;
+        dialog.hwndOwner = hwnd_;
+        dialog.lpstrFilter = kSceneFilter;
+        dialog.lpstrFile = chosen;
+        dialog.nMaxFile = MAX_PATH;
+        dialog.lpstrDefExt = L"ovs";
+        dialog.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOCHANGEDIR;
+        if (!GetSaveFileNameW(&dialog)) return false;
+        path = chosen;
+    }
+    std::string error;
+    if (!saveDocument(*document_, path, error)) {
+        MessageBoxW(hwnd_, (path + L":\n" + widen(error)).c_str(), L"Orvanta Studio",
+                    MB_ICONWARNING);
+        return false;
+    }
+    documentPath_ = path;
+    showTitle();
+    setStatus(FieldMessage, L"Saved " + path);
+    return true;
+}
+
+void StudioWindow::showTitle() const {
+    const std::wstring name = documentPath_.empty()
+                                  ? L"Untitled"
+                                  : documentPath_.substr(documentPath_.find_last_of(L"\\/") + 1);
+    SetWindowTextW(hwnd_, (name + L" - Orvanta Studio").c_str());
+}
+
+// The view as the viewport shows it, at the viewport's size.
+void StudioWindow::raytrace() {
+    RECT client;
+    GetClientRect(viewport_.hwnd(), &client);
+    if (client.right <= 0 || client.bottom <= 0) return;
+    if (openRaytraceWindow(hwnd_, *document_, viewport_.camera(), client.right, client.bottom))
+        setStatus(FieldMessage, L"Raytracing the view.");
+    else
+        setStatus(FieldMessage, L"The raytrace cannot start while another render runs.");
+}
+
 // ---- Commands --------------------------------------------------------------------------------
 
 void StudioWindow::onCommand(WORD command) {
     if (!document_) return;
     switch (command) {
+        case CmdNew:
+            replaceDocument(std::make_unique<Document>(), L"");
+            setStatus(FieldMessage, L"A new, empty scene: File > Import OBJ adds models.");
+            break;
+        case CmdOpen: openScene(); break;
+        case CmdSave: saveScene(false); break;
+        case CmdSaveAs: saveScene(true); break;
+        case CmdRaytrace: raytrace(); break;
         case CmdImport: importModel(); break;
         case CmdExit: DestroyWindow(hwnd_); break;
         case CmdDeselect: tree_.select({}); break;
@@ -674,6 +841,12 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
     if (!window.create(instance, options)) return 1;
     ShowWindow(window.hwnd(), show);
     UpdateWindow(window.hwnd());
+    std::unique_ptr<ScriptSession> script;
+    if (!options.scriptFolder.empty()) {
+        script = std::make_unique<ScriptSession>(window, options.scriptFolder,
+                                                 options.mechanismFile);
+        script->start();
+    }
 
     MSG msg;
     while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
@@ -681,5 +854,5 @@ int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int show) {
         TranslateMessage(&msg);
         DispatchMessageW(&msg);
     }
-    return int(msg.wParam);
+    return script ? script->failures() : int(msg.wParam);
 }

@@ -199,6 +199,23 @@ void Viewport::paint() {
     EndPaint(hwnd_, &ps);
 }
 
+std::vector<uint8_t> Viewport::readPixels(int& width, int& height) {
+    RECT client;
+    GetClientRect(hwnd_, &client);
+    width = client.right;
+    height = client.bottom;
+    if (!context_ || width <= 0 || height <= 0) return {};
+    wglMakeCurrent(dc_, context_);
+    render(width, height);
+    // Read before the swap: the back buffer holds the frame just drawn on every system.
+    std::vector<uint8_t> rgb(size_t(width) * size_t(height) * 3);
+    glPixelStorei(GL_PACK_ALIGNMENT, 1);
+    glReadBuffer(GL_BACK);
+    glReadPixels(0, 0, width, height, GL_RGB, GL_UNSIGNED_BYTE, rgb.data());
+    SwapBuffers(dc_);
+    return rgb;
+}
+
 void Viewport::render(int width, int height) {
     glViewport(0, 0, width, height);
     glMatrixMode(GL_PROJECTION);

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <cstdint>
+#include <vector>
 
 #include "geometry.h"
 
@@ -38,6 +39,9 @@ public:
     void redraw() const;
 
     const Camera& camera() const { return camera_; }
+    // Draws the view now and reads it back: RGB rows, bottom row first, the client area's size.
+    // Empty before the window has been shown.
+    std::vector<uint8_t> readPixels(int& width, int& height);
 
 private:
     static LRESULT CALLBACK windowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
