@@ -1,6 +1,5 @@
-// Arbitrary files against the bitmap reader, and what it decodes against the native stretch
-// into a texture square (cut and padded, mirrored by the input's last byte). The input lives
-// in a heap buffer of exactly its size, so any read outside it stops the run.
+// Arbitrary files against the bitmap reader, and what it decodes against the stretch into a
+// texture square (cut and padded, mirrored by the input's last byte).
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
@@ -8,21 +7,7 @@
 #include "appearance/bitmap_decode.h"
 #include "appearance/texture_mirror.h"
 #include "appearance/texture_stretch.h"
-
-namespace {
-
-void check(bool condition) {
-    if (!condition) __builtin_trap();
-}
-
-// The texture edge for a square of edge e: a power of two, at least 2.
-uint32_t sideFor(uint32_t e) {
-    uint32_t side = 2;
-    while (side < e) side <<= 1;
-    return side;
-}
-
-}  // namespace
+#include "fuzz_check.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     orv::Bitmap bitmap;
@@ -41,10 +26,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (w > 512 || h > 512) return 0;
     const bool mirrorX = data[size - 1] & 1, mirrorY = data[size - 1] & 2;
     for (const uint32_t edge : {w < h ? w : h, w > h ? w : h}) {
-        const uint32_t side = sideFor(edge);
+        uint32_t side = 2;  // the texture edge: a power of two, at least 2
+        while (side < edge) side <<= 1;
         const std::unique_ptr<uint32_t[]> square(new uint32_t[size_t(side) * side]);
-        check(orv::stretchIntoSquare({bitmap.width, bitmap.height, bitmap.pixels.get()}, edge,
-                                     side, square.get()));
+        check(orv::stretchIntoSquare({bitmap.width, bitmap.height, bitmap.pixels.get()}, edge, side,
+                                     square.get()));
         orv::mirrorTexturePixels(square.get(), side, mirrorX, mirrorY);
         for (size_t i = 0; i < size_t(side) * side; ++i) check(square[i] >> 24 == 0);
     }

@@ -1,21 +1,16 @@
 // Arbitrary text against the drive file reader. A refused file names a line of the input and
-// leaves the phases as they were; a taken one holds finite paths and durations, known
-// functions and zero further bytes, and once written and read it is a fixed point: writing it
-// again gives the same text and reading that the same bytes. The input lives in a heap buffer
-// of exactly its size, so any read outside it stops the run.
+// leaves the phases alone; a taken one holds finite values, known functions and zero further
+// bytes, and once written and read is a fixed point: the same text again, read the same bytes.
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
 
+#include "fuzz_check.h"
 #include "kinematics/drive_file.h"
 
 namespace {
-
-void check(bool condition) {
-    if (!condition) __builtin_trap();
-}
 
 constexpr int kMost = orv::kDrivePhasesMost;
 constexpr unsigned char kPattern = 0xA5;

@@ -1,19 +1,14 @@
-// Arbitrary files against the material library scan. Every block it reports lies inside the
-// input, right behind its count, one after the other from the start; the entries written again
-// give back the input up to the stop byte for byte, and scan whole; each block's record announces
-// exactly its image bytes; the stop is the one the bytes at the stop offset call for. The input
-// lives in a heap buffer of exactly its size, so any read outside it stops the run.
+// Arbitrary files against the material library scan: every block lies inside the input behind
+// its count, one after the other; written again they give back the input up to the stop and scan
+// whole; each record announces exactly its image bytes; the stop is the one its bytes call for.
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
+#include "fuzz_check.h"
 #include "matlib/library_file.h"
 
 namespace {
-
-void check(bool condition) {
-    if (!condition) __builtin_trap();
-}
 
 uint32_t countAt(const uint8_t* p) {
     uint32_t count = 0;

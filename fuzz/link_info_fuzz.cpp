@@ -1,7 +1,6 @@
-// Arbitrary texts against the one-pass link and transmission readers, compared byte for byte
-// with the literal per-key readers; then the text written back must fit the size reported
-// for it. Input up to the first zero byte, at most 32,767 characters (the literal reader's
-// buffer); records start from random-looking bytes so that a field read or kept wrongly shows.
+// Arbitrary texts (to the first zero byte, at most the literal reader's 32,767 characters) against
+// the one-pass link and transmission readers, byte for byte with the literal per-key readers on
+// random-looking records; the text written back fits the size reported for it.
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -9,12 +8,9 @@
 
 #include "core/info_text.h"
 #include "core/literal_info_reader.h"
+#include "fuzz_check.h"
 
 namespace {
-
-void check(bool condition) {
-    if (!condition) __builtin_trap();
-}
 
 template <typename Record>
 std::unique_ptr<Record> filledRecord(uint8_t seed) {
@@ -28,7 +24,8 @@ std::unique_ptr<Record> filledRecord(uint8_t seed) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size > 32767) size = 32767;
-    const std::string text(reinterpret_cast<const char*>(data), strnlen(reinterpret_cast<const char*>(data), size));
+    const std::string text(reinterpret_cast<const char*>(data),
+                           strnlen(reinterpret_cast<const char*>(data), size));
     const uint8_t seed = size ? data[0] : 0;
 
     auto fast = filledRecord<Lnk>(seed), literal = filledRecord<Lnk>(seed);

@@ -1,20 +1,15 @@
-// Arbitrary translation files against the tag lookup and the localisation of a caption.
-// Input: a caption up to the first line feed, then the table. The table is used as it comes,
-// unterminated, and every output lives in a heap buffer of exactly its size, so that any
-// read or write outside them stops the run.
+// Arbitrary translation files against the tag lookup and the localisation of a caption: a caption
+// up to the first line feed, then the table, unterminated; outputs in heap buffers of their size.
 #include <cstdint>
 #include <cstring>
 #include <memory>
 
+#include "fuzz_check.h"
 #include "i18n/localise.h"
 
 namespace {
 
 using orv::kLocalisedMax;
-
-void check(bool condition) {
-    if (!condition) __builtin_trap();
-}
 
 void lookUp(const char* table, size_t size, const char* tag) {
     const std::unique_ptr<char[]> out(new char[kLocalisedMax]);

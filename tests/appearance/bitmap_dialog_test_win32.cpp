@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
 
@@ -26,49 +27,40 @@ namespace fs = std::filesystem;
 using orv::settings::kLibrarySubkey;
 using orv::settings::kUserHive;
 
-HWND findDialog(const char* title) {
-    struct Search {
-        const char* title;
-        HWND found;
-    } search = {title, nullptr};
-    EnumWindows(
-        [](HWND window, LPARAM data) -> BOOL {
-            auto* s = reinterpret_cast<Search*>(data);
-            DWORD process = 0;
-            char text[64] = "", cls[16] = "";
-            GetWindowThreadProcessId(window, &process);
-            GetWindowTextA(window, text, sizeof text);
-            GetClassNameA(window, cls, sizeof cls);
-            if (process != GetCurrentProcessId() || std::strcmp(cls, "#32770") != 0 ||
-                std::strcmp(text, s->title) != 0 || !IsWindowVisible(window))
-                return TRUE;
-            s->found = window;
-            return FALSE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
+std::string className(HWND window) {
+    char name[32] = "";
+    GetClassNameA(window, name, sizeof name);
+    return name;
 }
 
-HWND findDescendant(HWND parent, int id, const char* cls) {
-    struct Search {
-        int id;
-        const char* cls;
-        HWND found;
-    } search = {id, cls, nullptr};
-    EnumChildWindows(
-        parent,
-        [](HWND window, LPARAM data) -> BOOL {
-            auto* s = reinterpret_cast<Search*>(data);
-            char name[32] = "";
-            GetClassNameA(window, name, sizeof name);
-            if ((s->id && GetDlgCtrlID(window) == s->id) || (s->cls && !std::strcmp(name, s->cls))) {
-                s->found = window;
-                return FALSE;
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&search));
-    return search.found;
+// The first top-level window (parent null) or descendant of parent that matches.
+HWND findWindow(HWND parent, const std::function<bool(HWND)>& match) {
+    std::pair<const std::function<bool(HWND)>*, HWND> search = {&match, nullptr};
+    const WNDENUMPROC visit = [](HWND window, LPARAM data) -> BOOL {
+        auto* s = reinterpret_cast<decltype(search)*>(data);
+        if (!(*s->first)(window)) return TRUE;
+        s->second = window;
+        return FALSE;
+    };
+    const LPARAM data = reinterpret_cast<LPARAM>(&search);
+    parent ? EnumChildWindows(parent, visit, data) : EnumWindows(visit, data);
+    return search.second;
+}
+
+// The visible "Bild laden" dialog of this process, waited for up to 10 s.
+HWND waitForDialog() {
+    HWND dialog = nullptr;
+    for (int i = 0; i < 1000 && !dialog; ++i, Sleep(10)) {
+        dialog = findWindow(nullptr, [](HWND window) {
+            DWORD process = 0;
+            char text[64] = "";
+            GetWindowThreadProcessId(window, &process);
+            GetWindowTextA(window, text, sizeof text);
+            return process == GetCurrentProcessId() && className(window) == "#32770" &&
+                   std::strcmp(text, "Bild laden") == 0 && IsWindowVisible(window);
+        });
+    }
+    return dialog;
 }
 
 std::string stored(const char* name) {
@@ -109,18 +101,20 @@ private:
 TEST_F(BitmapDialog, TypedNameIsTakenFromTheStoredFolderAndTheCurrentFolderIsStored) {
     std::atomic<bool> found{false}, previewed{false}, boxPresent{false};
     std::thread user([&] {
-        HWND dialog = nullptr;
-        for (int i = 0; i < 1000 && !dialog; ++i, Sleep(10)) dialog = findDialog("Bild laden");
+        HWND dialog = waitForDialog();
         if (!dialog) return;
         found = true;
-        HWND box = findDescendant(dialog, orv::kBitmapPreviewBox, nullptr);
+        HWND box =
+            findWindow(dialog, [](HWND w) { return GetDlgCtrlID(w) == orv::kBitmapPreviewBox; });
         boxPresent = box != nullptr;
 
         // Select the file in the list, as a click would: the preview shows its colour.
-        if (HWND list = findDescendant(dialog, 0, "SysListView32")) {
+        if (HWND list =
+                findWindow(dialog, [](HWND w) { return className(w) == "SysListView32"; })) {
             LVITEMA item = {};
             item.stateMask = item.state = LVIS_SELECTED | LVIS_FOCUSED;
-            for (int i = 0; i < 200 && SendMessageA(list, LVM_GETITEMCOUNT, 0, 0) == 0; ++i) Sleep(10);
+            for (int i = 0; i < 200 && SendMessageA(list, LVM_GETITEMCOUNT, 0, 0) == 0; ++i)
+                Sleep(10);
             SendMessageA(list, LVM_SETITEMSTATE, 0, reinterpret_cast<LPARAM>(&item));
             for (int i = 0; i < 200 && box && !previewed; ++i, Sleep(10)) {
                 UpdateWindow(box);
@@ -155,9 +149,7 @@ TEST_F(BitmapDialog, TypedNameIsTakenFromTheStoredFolderAndTheCurrentFolderIsSto
 
 TEST_F(BitmapDialog, CancelKeepsTheStoredFolder) {
     std::thread user([] {
-        HWND dialog = nullptr;
-        for (int i = 0; i < 1000 && !dialog; ++i, Sleep(10)) dialog = findDialog("Bild laden");
-        if (dialog) PostMessageA(dialog, WM_COMMAND, IDCANCEL, 0);
+        if (HWND dialog = waitForDialog()) PostMessageA(dialog, WM_COMMAND, IDCANCEL, 0);
     });
     char path[orv::kBitmapPathChars] = "";
     EXPECT_FALSE(orv::chooseBitmapFile(nullptr, path));

@@ -21,43 +21,30 @@ inline void put32(Bytes& b, uint32_t v) {
 // colour table, pixel data.
 struct BmpFile {
     int32_t width = 1, height = 1;
-    uint32_t headerSize = 40, bitCount = 24, compression = 0, clrUsed = 0, planes = 1;
+    uint32_t headerSize = 40, bitCount = 24, compression = 0, clrUsed = 0;
     int64_t sizeImage = -1;         // the header's image size; -1: the pixels' size
-    std::vector<uint32_t> masks;    // written behind a 40-byte header, inside a longer one
+    std::vector<uint32_t> masks;    // written behind the header
     std::vector<uint32_t> colours;  // 0x00RRGGBB
     Bytes pixels;
 
     Bytes bytes() const {
+        const bool core = headerSize == 12;
         Bytes info;
-        if (headerSize == 12) {
-            put32(info, 12);
-            put16(info, uint32_t(width));
-            put16(info, uint32_t(height));
-            put16(info, planes);
-            put16(info, bitCount);
-        } else {
-            put32(info, headerSize);
-            put32(info, uint32_t(width));
-            put32(info, uint32_t(height));
-            put16(info, planes);
-            put16(info, bitCount);
-            put32(info, compression);
-            put32(info, uint32_t(sizeImage < 0 ? int64_t(pixels.size()) : sizeImage));
-            put32(info, 2835);
-            put32(info, 2835);
-            put32(info, clrUsed);
-            put32(info, 0);
-            if (headerSize >= 52)
-                for (uint32_t m : masks) put32(info, m);
+        put32(info, headerSize);
+        for (const int32_t side : {width, height}) (core ? put16 : put32)(info, uint32_t(side));
+        put16(info, 1);  // planes
+        put16(info, bitCount);
+        if (!core) {
+            for (const int64_t v :
+                 {int64_t(compression), sizeImage < 0 ? int64_t(pixels.size()) : sizeImage,
+                  int64_t(2835), int64_t(2835), int64_t(clrUsed), int64_t(0)})
+                put32(info, uint32_t(v));
             info.resize(headerSize, 0);
-            if (headerSize < 52)
-                for (uint32_t m : masks) put32(info, m);
         }
+        for (uint32_t m : masks) put32(info, m);
         for (uint32_t c : colours) {
-            info.push_back(uint8_t(c));
-            info.push_back(uint8_t(c >> 8));
-            info.push_back(uint8_t(c >> 16));
-            if (headerSize != 12) info.push_back(0);
+            for (int shift : {0, 8, 16}) info.push_back(uint8_t(c >> shift));
+            if (!core) info.push_back(0);
         }
         Bytes file = {'B', 'M'};
         put32(file, uint32_t(14 + info.size() + pixels.size()));
@@ -89,7 +76,8 @@ BmpFile bmp24(int32_t width, int32_t height, Colour colour) {
         uint8_t* row = &f.pixels[stride * (height - 1 - y)];  // stored bottom-up
         for (int32_t x = 0; x < width; ++x) {
             const uint32_t c = colour(x, y);
-            row[3 * x] = uint8_t(c), row[3 * x + 1] = uint8_t(c >> 8), row[3 * x + 2] = uint8_t(c >> 16);
+            row[3 * x] = uint8_t(c), row[3 * x + 1] = uint8_t(c >> 8),
+                    row[3 * x + 2] = uint8_t(c >> 16);
         }
     }
     return f;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <thread>
 
@@ -30,6 +31,22 @@ struct Materials {
         orv::disposeMat(b);
     }
 };
+
+// A copy waits while another thread (a viewer, the raytracer) holds the process lock.
+TEST(MaterialCopy, CopiesWaitForTheProcessLock) {
+    Materials m;
+    std::atomic<bool> holding{false}, released{false};
+    std::thread reader([&] {
+        orv::ProcessLockScope lock;
+        holding = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        released = true;
+    });
+    while (!holding) std::this_thread::yield();
+    orv::copyMaterialBody(*m.b, *m.a);
+    EXPECT_TRUE(released) << "the copy ran while another thread held the lock";
+    reader.join();
+}
 
 TEST(MaterialCopy, CopiesTakeTheBodyWithImagesOfTheirOwn) {
     Materials m;
@@ -93,7 +110,7 @@ TEST(MaterialCopy, ReadersUnderTheLockNeverSeeAHalfCopiedImage) {
         }
     });
     int rounds = 0;
-    for (; rounds < 2000 || reads < 100; ++rounds) {
+    for (; rounds < 200 || reads < 100; ++rounds) {
         if (rounds % 2) {
             orv::copyTextureSlot(m.a->slots[0], page->slots[0]);
         } else {

@@ -170,7 +170,15 @@ TEST_F(TextureFiles, HostLoadSetsSourceAndPathOnlyOnSuccess) {
     EXPECT_EQ(s.padded, 0u);
     EXPECT_EQ(s.side, 2u);
 
-    EXPECT_EQ(LoadMatTexture(mat, 2, std::string(256, 'x').c_str(), 1), 0);  // too long
+    // The path field holds 255 characters and a terminator: a real file named by 256 is refused.
+    const std::string folder = good.substr(0, good.size() - std::strlen("halves.bmp"));
+    for (const size_t length : {size_t(255), size_t(256)}) {
+        const std::string name = std::string(length - folder.size() - 4, 'p') + ".bmp";
+        const std::string path = write(name, kHalves);
+        ASSERT_EQ(path.size(), length);
+        EXPECT_EQ(LoadMatTexture(mat, 2, path.c_str(), 0), length == 255 ? 1 : 0) << length;
+    }
+    EXPECT_EQ(LoadMatTexture(mat, 2, good.c_str(), 0), 1);
     EXPECT_EQ(LoadMatTexture(mat, 4, good.c_str(), 1), 0);
     EXPECT_EQ(LoadMatTexture(mat, -1, good.c_str(), 1), 0);
 

@@ -60,14 +60,6 @@ UV mapCorners(const Mat& mat, const std::array<Vec3, 3>& p, const Vec3& n,
     return uv;
 }
 
-// 1 minus the turns from +b towards +a: the angular projections' u for one point, from atan2.
-// Across the seam the turns run from -1/2 to 1/2 instead of 0 to 1.
-double longitudeU(double a, double b, bool seam) {
-    double turns = std::atan2(a, b) / (2 * 3.14159265358979323846);
-    if (!seam && turns < 0) turns += 1;
-    return 1 - turns;
-}
-
 TEST(TextureMapping, PlaneMapsThroughPlacementAndTileSize) {
     struct Row {
         double size;
@@ -86,14 +78,12 @@ TEST(TextureMapping, PlaneMapsThroughPlacementAndTileSize) {
         {0.5, {0, 0, 0}, {0, 0, 90}, {1, 0, 0}, nullptr, 0.5, -0.5, 1e-9},
     };
     for (const Row& r : rows) {
+        SCOPED_TRACE(testing::Message() << "size " << r.size << " x " << r.point.x);
         Textured t(2, 0, r.size);
         t.mat.texturePosition = r.position;
         t.mat.textureRotation = r.rotation;
         const UV uv = mapCorners(t.mat, {r.point, r.point, r.point}, {0, 0, 1}, nullptr, r.origin);
-        for (int k = 0; k < 3; ++k) {
-            EXPECT_NEAR(r.u, uv[2 * k], r.tolerance) << "size " << r.size << " corner " << k;
-            EXPECT_NEAR(r.v, uv[2 * k + 1], r.tolerance) << "size " << r.size << " corner " << k;
-        }
+        for (int k = 0; k < 6; ++k) EXPECT_NEAR(k % 2 ? r.v : r.u, uv[k], r.tolerance) << k;
     }
 }
 
@@ -108,62 +98,75 @@ TEST(TextureMapping, BoxFaceChoosesItsUpVector) {
                         {{0.002, 1, 0}, 0.375, 0.25},
                         {{0, 0, 1}, 0.75, 0.5}};  // q.x, q.y straight on, up (0, 1, 0)
     Textured t(2, 1, 0);
+    const Vec3 q{0.25, 0, 0.125};
     for (const Row& r : rows) {
-        const Vec3 q{0.25, 0, 0.125};
+        SCOPED_TRACE(testing::Message() << "normal.x " << r.normal.x << " normal.z " << r.normal.z);
         const UV uv = mapCorners(t.mat, {q, q, q}, r.normal);
-        EXPECT_NEAR(r.u, uv[0], 1e-5) << "normal.x " << r.normal.x << " normal.z " << r.normal.z;
-        EXPECT_NEAR(r.v, uv[1], 1e-5) << "normal.x " << r.normal.x << " normal.z " << r.normal.z;
+        EXPECT_NEAR(r.u, uv[0], 1e-5);
+        EXPECT_NEAR(r.v, uv[1], 1e-5);
     }
 }
 
+// u is 1 minus the turns from +y towards +x; points straddling the seam at +y are measured from
+// -1/2 to 1/2 turn instead of 0 to 1 (the rows give the angles as they are measured).
 TEST(TextureMapping, CylinderMeasuresFromPlusYAndAvoidsTheSeam) {
     struct Row {
         double degrees[3];
-        bool seam;
         double scale;  // 0: no bounding box
     };
     const Row rows[] = {
-        {{350, 10, 10}, true, 0},
-        {{80, 100, 120}, false, 0},
-        {{10, 200, 20}, true, 0},
-        {{80, 100, 120}, false, 4 * 3.1415926535},  // box 2 wide, 4 high, unscaled tiles
+        {{-10, 10, 10}, 0},
+        {{80, 100, 120}, 0},
+        {{10, -160, 20}, 0},
+        {{80, 100, 120}, 4 * 3.1415926535},  // box 2 wide, 4 high, unscaled tiles
     };
     const double box[6] = {-1, -1, -1, 1, 3, 1};
     const double z[3] = {0, 0.5, -0.5};
     Textured t(2, 2, 0);
     for (const Row& r : rows) {
+        SCOPED_TRACE(r.degrees[0]);
         std::array<Vec3, 3> p;
-        for (int k = 0; k < 3; ++k) {
+        for (int k = 0; k < 3; ++k)
             p[k] = {std::sin(r.degrees[k] * kDeg), std::cos(r.degrees[k] * kDeg), z[k]};
-        }
         const UV uv = mapCorners(t.mat, p, {1, 0, 0}, r.scale > 0 ? box : nullptr);
         for (int k = 0; k < 3; ++k) {
-            const double u = longitudeU(p[k].x, p[k].y, r.seam) * (r.scale > 0 ? r.scale : 1);
-            EXPECT_NEAR(u, uv[2 * k], 1e-8) << r.degrees[k] << " degrees";
-            EXPECT_EQ(z[k] + 0.5, uv[2 * k + 1]) << r.degrees[k] << " degrees";
+            EXPECT_NEAR((1 - r.degrees[k] / 360) * (r.scale > 0 ? r.scale : 1), uv[2 * k], 1e-8);
+            EXPECT_EQ(z[k] + 0.5, uv[2 * k + 1]);
         }
     }
-    // A single point has no seam to avoid.
-    const Vec3 single{std::sin(350 * kDeg), std::cos(350 * kDeg), 0};
-    double uv[2];
-    ASSERT_TRUE(orv::mapTexture(t.mat, 0, orv::textureTransform(t.mat), &single, 1, {1, 0, 0}, uv,
-                                nullptr, nullptr, nullptr));
+    // A single point has no seam to avoid; two of the first three points exactly half a turn
+    // apart straddle it, so a fourth point just short of +y is measured from the other side.
+    const Vec3 points[4] = {{0, 1, 0},
+                            {0, -1, 0},
+                            {std::sin(170 * kDeg), std::cos(170 * kDeg), 0},
+                            {std::sin(350 * kDeg), std::cos(350 * kDeg), 0}};
+    double uv[8];
+    const orv::Mat4 transform = orv::textureTransform(t.mat);
+    ASSERT_TRUE(orv::mapTexture(t.mat, 0, transform, points + 3, 1, {1, 0, 0}, uv, nullptr, nullptr,
+                                nullptr));
     EXPECT_NEAR(10.0 / 360, uv[0], 1e-9);
+    ASSERT_TRUE(
+        orv::mapTexture(t.mat, 0, transform, points, 4, {1, 0, 0}, uv, nullptr, nullptr, nullptr));
+    EXPECT_NEAR(1 + 10.0 / 360, uv[6], 1e-9);
 
     const UV cap = mapCorners(t.mat, {Vec3{1, 2, 3}, Vec3{-1, 0, 3}, Vec3{0, 5, 3}}, {0, 0, 1});
     EXPECT_EQ((UV{0, 0, 0, 0, 0, 0}), cap);
 }
 
+// u is the longitude about z from +y, v the one about y from +z: these corners straddle v's
+// seam, but not u's.
 TEST(TextureMapping, SphereGivesTwoLongitudes) {
     Textured t(2, 3, 0);
-    // v is the longitude about y: these corners straddle its seam, but not u's.
-    const std::array<Vec3, 3> p = {Vec3{std::sin(-10 * kDeg), -1, std::cos(-10 * kDeg)},
-                                   Vec3{std::sin(10 * kDeg), -1, std::cos(10 * kDeg)},
-                                   Vec3{0, -1, 1}};
+    const double degrees[3] = {-10, 10, 0};
+    std::array<Vec3, 3> p;
+    for (int k = 0; k < 3; ++k)
+        p[k] = {std::sin(degrees[k] * kDeg), -1, std::cos(degrees[k] * kDeg)};
     const UV uv = mapCorners(t.mat, p, {1, 0, 0});
     for (int k = 0; k < 3; ++k) {
-        EXPECT_NEAR(longitudeU(p[k].x, p[k].y, false), uv[2 * k], 1e-9) << "corner " << k;
-        EXPECT_NEAR(longitudeU(p[k].x, p[k].z, true), uv[2 * k + 1], 1e-9) << "corner " << k;
+        SCOPED_TRACE(k);
+        const double turns = std::atan2(p[k].x, p[k].y) / (360 * kDeg);
+        EXPECT_NEAR(turns < 0 ? -turns : 1 - turns, uv[2 * k], 1e-9);
+        EXPECT_NEAR(1 - degrees[k] / 360, uv[2 * k + 1], 1e-9);
     }
     const Vec3 q{1, 1, 0};
     double single[2];
@@ -207,6 +210,7 @@ TEST(TextureLookup, TexelIndexRules) {
     slot.filter = 1;
     const orv::Mat4 p = orv::textureTransform(t.mat);
     for (const Row& r : rows) {
+        SCOPED_TRACE(testing::Message() << "u " << r.u << " v " << r.v);
         slot.tileX = r.tileX;
         slot.tileY = r.tileY;
         slot.intensity = r.intensity;
@@ -214,13 +218,10 @@ TEST(TextureLookup, TexelIndexRules) {
         uint32_t mode = 9;
         ASSERT_TRUE(orv::textureLookup(t.mat, 0, p, {r.u - 0.5, r.v - 0.5, 0}, {0, 0, 1}, nullptr,
                                        &colour, &mode, nullptr, nullptr, nullptr));
-        const Vec3 want = r.red < 0
-                              ? Vec3{0, 0, 0}
-                              : Vec3{r.red / 255.0 * r.intensity, r.green / 255.0 * r.intensity,
-                                     255 / 255.0 * r.intensity};
-        EXPECT_EQ(want.x, colour.x) << "u " << r.u << " v " << r.v;
-        EXPECT_EQ(want.y, colour.y) << "u " << r.u << " v " << r.v;
-        EXPECT_EQ(want.z, colour.z) << "u " << r.u << " v " << r.v;
+        const double k = r.red < 0 ? 0 : r.intensity;
+        EXPECT_EQ(r.red / 255.0 * k, colour.x);
+        EXPECT_EQ(r.green / 255.0 * k, colour.y);
+        EXPECT_EQ(k, colour.z);
         EXPECT_EQ(0u, mode);
     }
 }
@@ -256,32 +257,25 @@ TEST(TextureLookup, LinearFilterAveragesFiveTexels) {
     EXPECT_EQ(64 / 255.0, colour.z);
 }
 
+// The height lies in the third channel; the normal tilts away from the rise.
 TEST(TextureLookup, PerturbedNormalFollowsTheHeightField) {
-    enum Slope { kFlat, kRisingInU, kRisingInV };
-    for (Slope slope : {kFlat, kRisingInU, kRisingInV}) {
+    for (int rise : {0, 1, 2}) {  // flat, rising in u, rising in v
+        SCOPED_TRACE(rise);
         Textured t(4, 0, 0, 3);  // the structure slot
         t.paint([&](uint32_t i, uint32_t j) {
-            const uint32_t h = slope == kFlat ? 0 : 60 * (slope == kRisingInU ? i : j);
-            return std::array<uint8_t, 3>{255, 255, uint8_t(h)};  // height in the third channel
+            return std::array<uint8_t, 3>{255, 255, uint8_t(rise ? 60 * (rise == 1 ? i : j) : 0)};
         });
         Vec3 n{7, 7, 7};
         ASSERT_TRUE(orv::textureLookup(t.mat, 3, orv::textureTransform(t.mat), {0, 0, 0}, {0, 0, 1},
                                        &n, nullptr, nullptr, nullptr, nullptr, nullptr));
-        EXPECT_NEAR(1.0, orv::length(n), 1e-12) << "slope " << slope;
-        EXPECT_GT(n.z, 0.5) << "slope " << slope;
-        if (slope == kFlat) {
-            EXPECT_NEAR(0.0, n.x, 1e-12);
-            EXPECT_NEAR(0.0, n.y, 1e-12);
-        } else if (slope == kRisingInU) {
-            EXPECT_LT(n.x, -0.05) << n.x;  // tilts away from the rise
-        } else {
-            EXPECT_NEAR(0.0, n.x, 1e-12);
-            EXPECT_LT(n.y, -0.05) << n.y;
-        }
+        EXPECT_NEAR(1.0, orv::length(n), 1e-12);
+        EXPECT_GT(n.z, 0.5);
+        EXPECT_TRUE(rise == 1 ? n.x < -0.05 : std::fabs(n.x) < 1e-12) << n.x;
+        EXPECT_TRUE(rise == 1 || (rise == 2 ? n.y < -0.05 : std::fabs(n.y) < 1e-12)) << n.y;
     }
 }
 
-TEST(TextureLookup, WithoutTextureAnswersNeutralValues) {
+TEST(TextureLookup, WithoutTextureAnswersNeutralValuesAndTheViewerWritesNothing) {
     Textured t(2, 0, 0);
     t.mat.slots[0].pixels = nullptr;  // a source without pixels shows as untextured
     const orv::Mat4 p = orv::textureTransform(t.mat);
@@ -289,26 +283,23 @@ TEST(TextureLookup, WithoutTextureAnswersNeutralValues) {
     uint32_t mode = 9;
     EXPECT_FALSE(orv::textureLookup(t.mat, 0, p, {0, 0, 0}, {0, 0, 1}, &n, nullptr, nullptr,
                                     nullptr, nullptr, nullptr));
-    EXPECT_TRUE(n.x == 0 && n.y == 0 && n.z == 0) << n.x << ", " << n.y << ", " << n.z;
+    EXPECT_TRUE(n.x == 0 && n.y == 0 && n.z == 0);
     EXPECT_FALSE(orv::textureLookup(t.mat, 1, p, {0, 0, 0}, {0, 0, 1}, nullptr, &colour, &mode,
                                     nullptr, nullptr, nullptr));  // slot 1 is empty
-    EXPECT_TRUE(colour.x == 1 && colour.y == 1 && colour.z == 1)
-        << colour.x << ", " << colour.y << ", " << colour.z;
+    EXPECT_TRUE(colour.x == 1 && colour.y == 1 && colour.z == 1);
     EXPECT_EQ(0u, mode);
-}
 
-TEST(TextureMapping, ViewerWritesNothingWithoutTexture) {
-    const double corners[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-    const double normal[3] = {0, 0, 1};
+    const double corners[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9}, normal[3] = {0, 0, 1};
     const UV untouched = {9, 9, 9, 9, 9, 9};
     for (int variant = 0; variant < 3; ++variant) {
-        Textured t(2, 0, 1);
-        if (variant == 0) t.mat.slots[0].source = 0;
-        if (variant == 1) t.mat.slots[0].pixels = nullptr;
-        if (variant == 2) t.mat.slots[0].projection = 7;  // unknown: textured, nothing written
+        SCOPED_TRACE(variant);
+        Textured v(2, 0, 1);
+        if (variant == 0) v.mat.slots[0].source = 0;
+        if (variant == 1) v.mat.slots[0].pixels = nullptr;
+        if (variant == 2) v.mat.slots[0].projection = 7;  // unknown: textured, nothing written
         UV uv = untouched;
-        EXPECT_EQ(variant == 2 ? 1 : 0, ViewerMapTexture(&t.mat, corners, normal, uv.data()));
-        EXPECT_EQ(untouched, uv) << "variant " << variant;
+        EXPECT_EQ(variant == 2 ? 1 : 0, ViewerMapTexture(&v.mat, corners, normal, uv.data()));
+        EXPECT_EQ(untouched, uv);
     }
 }
 
@@ -327,10 +318,11 @@ TEST(TextureMapping, TextureMapingGivesTilesPlacementAndRotation) {
         slot.size = r.size;
         slot.tileX = r.tileX;
         slot.tileY = r.tileY;
+        SCOPED_TRACE(r.size);
         double tile[2], placement[3], rotation;
         EXPECT_EQ(8u, TextureMaping(&t.mat, tile, placement, &rotation));
-        EXPECT_EQ(r.u, tile[0]) << "size " << r.size;
-        EXPECT_EQ(r.v, tile[1]) << "size " << r.size;
+        EXPECT_EQ(r.u, tile[0]);
+        EXPECT_EQ(r.v, tile[1]);
         EXPECT_EQ(1.5, placement[0]);
         EXPECT_EQ(-2.0, placement[1]);
         EXPECT_EQ(2 * r.size, placement[2]);

@@ -1,12 +1,7 @@
-// The link and transmission info readers as the format defines them: every key looked up on
-// its own, in a fresh 32,768-byte copy of the whole text split with strtok. Kept as the
-// reference that the library's one-pass reader must match byte for byte (tests, the
-// differential fuzz target and the benchmark).
-//
-// The number readers are parameters: the library's own (which read as the Windows runtime
-// does) or the C runtime's atoi and atof, which under Windows are the reference themselves.
-// Texts must be shorter than 32,768 characters. Unlike the original, points beyond the 256 of
-// a table are not looked up (the original wrote them past the table).
+// The link and transmission info readers as the format defines them: every key looked up on its
+// own in a fresh 32,768-byte strtok copy of the text (shorter than that); the reference the
+// one-pass reader must match (tests, fuzz target, benchmark). Points beyond a table's 256 are
+// not looked up.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// The record sizes a C host sees equal those a C++ host sees.
+// The record sizes a C host sees equal those a C++ host sees (header_c99.c checks the sizes
+// and offsets themselves when it is compiled).
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -9,9 +10,6 @@ extern "C" size_t orvantaHeaderRecordSizeInC(int family);
 
 TEST(PublicHeader, RecordSizesAgreeBetweenCAndCpp) {
     const size_t cpp[5] = {sizeof(Env), sizeof(Lgt), sizeof(Mat), sizeof(Lnk), sizeof(Trn)};
-    const size_t fixed[5] = {324, 248, 6300, 19080, 200};
-    for (int family = 0; family < 5; ++family) {
-        EXPECT_EQ(orvantaHeaderRecordSizeInC(family), fixed[family]) << "family " << family;
-        EXPECT_EQ(cpp[family], fixed[family]) << "family " << family;
-    }
+    for (int family = 0; family < 5; ++family)
+        EXPECT_EQ(orvantaHeaderRecordSizeInC(family), cpp[family]) << "family " << family;
 }

@@ -1,5 +1,6 @@
 #include "kinematics/scene_host.h"
 
+#include <cctype>
 #include <cstring>
 
 #include "core/records.h"
@@ -9,12 +10,21 @@ namespace {
 SceneHost* host = nullptr;
 
 struct HostCalls {
-    static uint64_t firstChild(uint64_t o) { return host->objects[o].firstChild; }
-    static uint64_t nextSibling(uint64_t o) { return host->objects[o].nextSibling; }
-    static uint64_t parent(uint64_t o) { return host->objects[o].parent; }
-    static uint64_t firstLink(uint64_t o) { return host->objects[o].firstLink; }
-    static uint64_t nextLink(uint64_t item) { return host->nextLink[item - SceneHost::kLinkItem]; }
-    static Lnk* linkRecord(uint64_t item) { return &host->links[item - SceneHost::kLinkItem]; }
+    // Every call into the tree is counted.
+    static SceneHost::Object& object(uint64_t o) {
+        ++SceneHost::calls;
+        return host->objects[o];
+    }
+    static uint64_t item(uint64_t i) {
+        ++SceneHost::calls;
+        return i - SceneHost::kLinkItem;
+    }
+    static uint64_t firstChild(uint64_t o) { return object(o).firstChild; }
+    static uint64_t nextSibling(uint64_t o) { return object(o).nextSibling; }
+    static uint64_t parent(uint64_t o) { return object(o).parent; }
+    static uint64_t firstLink(uint64_t o) { return object(o).firstLink; }
+    static uint64_t nextLink(uint64_t i) { return host->nextLink[item(i)]; }
+    static Lnk* linkRecord(uint64_t i) { return &host->links[item(i)]; }
     static uint64_t firstTrn(uint64_t linkObject) {
         return host->firstListing[linkObject - SceneHost::kLinkObject];
     }
@@ -40,6 +50,24 @@ struct HostCalls {
 
 }  // namespace
 
+uint64_t SceneHost::calls = 0;
+
+SceneHost::SceneHost(const char* letters) {
+    std::vector<uint64_t> open{0};
+    for (const char* c = letters; *c; ++c) {
+        if (*c == '(') open.push_back(objects.size() - 1);
+        if (*c == ')') open.pop_back();
+        if (std::isupper(static_cast<unsigned char>(*c)))
+            add(open.back(), std::string(1, *c).c_str());
+    }
+}
+
+uint64_t SceneHost::body(char letter) const {
+    for (uint64_t id = 1; id < objects.size(); ++id)
+        if (objects[id].name == std::string(1, letter)) return id;
+    return 0;
+}
+
 uint64_t SceneHost::add(uint64_t parent, const char* name) {
     const uint64_t id = objects.size();
     objects.push_back({});
@@ -51,7 +79,7 @@ uint64_t SceneHost::add(uint64_t parent, const char* name) {
     return id;
 }
 
-Lnk& SceneHost::link(uint64_t source, uint64_t target, OrvVec3 a, OrvVec3 b) {
+Lnk& SceneHost::link(uint64_t source, uint64_t target, OrvVec3 a, OrvVec3 b, uint64_t carrier) {
     Lnk& l = links.emplace_back();
     orv::setBuiltInDefaults(l);
     l.linDrive.on = l.rotDrive.on = 0;
@@ -64,10 +92,9 @@ Lnk& SceneHost::link(uint64_t source, uint64_t target, OrvVec3 a, OrvVec3 b) {
     nextLink.push_back(0);
     firstListing.push_back(0);
     lastListing.push_back(0);
-    Object& carrier = objects[source];
-    (carrier.lastLink ? nextLink[carrier.lastLink - kLinkItem] : carrier.firstLink) =
-        kLinkItem + index;
-    carrier.lastLink = kLinkItem + index;
+    Object& on = objects[carrier ? carrier : source];
+    (on.lastLink ? nextLink[on.lastLink - kLinkItem] : on.firstLink) = kLinkItem + index;
+    on.lastLink = kLinkItem + index;
     return l;
 }
 
@@ -101,12 +128,17 @@ const orv::HostCallbacks SceneHost::callbacks = {
     HostCalls::trnRecord,  HostCalls::name,        HostCalls::getMatrix, HostCalls::setMatrix,
     HostCalls::collision,  HostCalls::update,      HostCalls::update};
 
-void SceneHost::install() {
+void SceneHost::connect() {
     host = this;
     const orv::HostCallbacks& c = callbacks;
     KinematicCallback(c.firstChild, c.nextSibling, c.parent, c.firstLink, c.nextLink, c.linkRecord,
                       c.firstTrn, c.nextTrn, c.trnRecord, c.getObjectName, c.getMatrix, c.setMatrix,
                       c.checkCollision, c.beginUpdate, c.endUpdate);
+    calls = 0;
+}
+
+void SceneHost::install() {
+    connect();
     KinematicInit(nullptr);
 }
 

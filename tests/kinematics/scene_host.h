@@ -1,7 +1,6 @@
-// A host with everything the animation step asks for: an object tree whose objects carry
-// names, motion matrices and link items, transmission items listed with link objects, and a
-// collision test. Every callback is an array lookup, so the benchmark can time the library
-// rather than the host. One host is installed at a time.
+// The host of the kinematic tests and the animation benchmark: an object tree with names, motion
+// matrices, link items, transmission listings and a collision test, reached through the fifteen
+// callbacks, each an array lookup. One host is installed at a time.
 #pragma once
 
 #include <cstdint>
@@ -37,17 +36,26 @@ struct SceneHost {
     std::vector<std::pair<uint64_t, uint64_t>> collisionAsks;
     int32_t collisionFlag = 0;  // the flag of the last ask
     uint64_t collidingA = 0, collidingB = 0;
+    // Calls into the tree (the callbacks of objects and link items) since connect().
+    static uint64_t calls;
+
+    SceneHost() = default;
+    // Objects named by letters, children in parentheses: "A(B C(D)) E".
+    explicit SceneHost(const char* letters);
+    uint64_t body(char letter) const;  // the object named by the letter
 
     uint64_t add(uint64_t parent, const char* name = "");
-    // A link from source to target along the axis B -> A, carried by source, with the built-in
-    // values and both drives off.
-    Lnk& link(uint64_t source, uint64_t target, OrvVec3 a, OrvVec3 b);
+    // A link from source to target along the axis B -> A, carried by source unless a carrier
+    // is given, with the built-in values and both drives off.
+    Lnk& link(uint64_t source, uint64_t target, OrvVec3 a = {}, OrvVec3 b = {},
+              uint64_t carrier = 0);
     static uint64_t itemOf(const Lnk& l) { return kLinkItem + (l.linkObject - kLinkObject); }
     // A transmission from one link to another, listed with the links given.
     Trn& transmission(const Lnk& from, const Lnk& to, const std::vector<const Lnk*>& listedWith);
     // Where the body's motion matrix carries point p.
     OrvVec3 place(uint64_t body, OrvVec3 p) const;
-    // Installs the fifteen callbacks and builds the joint tree.
+    // Installs the fifteen callbacks; install() also builds the joint tree.
+    void connect();
     void install();
 
     // The fifteen callbacks; they reach the installed host.

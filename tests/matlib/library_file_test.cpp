@@ -1,5 +1,5 @@
-// The material library file: materials through a file and back, a shorter library written over
-// a longer one, and the entries kept before the first that cannot be a material block.
+// The material library file: materials through a file and back, a shorter library over a
+// longer one, the entries kept before the first that cannot be a material block.
 #include "matlib/library_file.h"
 
 #include <gtest/gtest.h>
@@ -141,10 +141,6 @@ TEST(LibraryFile, CorruptEntriesKeepTheEntriesBeforeThem) {
         orv::disposeMat(loaded[0]);
     }
 }
-
-}  // namespace
-
-namespace {
 
 // A list of the window: freed slots are taken first, the 1,025th material is refused, and an
 // equal material is found whatever its place.

@@ -9,8 +9,9 @@ namespace {
 using namespace orv;
 
 bool nodeEntered(const OctreeNode& node, const Ray& ray) {
-    return ray.kind == RayKind::Primary ? rectContains(node.rect, ray.column, ray.row)
-                                        : rayMeetsBox(ray.origin, ray.dir, node.boxMin, node.boxMax);
+    return ray.kind == RayKind::Primary
+               ? rectContains(node.rect, ray.column, ray.row)
+               : rayMeetsBox(ray.origin, ray.dir, node.boxMin, node.boxMax);
 }
 
 // Returns true when a shadow segment became blocked.

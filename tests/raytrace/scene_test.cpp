@@ -1,23 +1,18 @@
 // Scene build: body collection, dropped triangles, octant order and screen rectangles.
-#include <cmath>
+#include <tuple>
 
 #include "core/colour.h"
-
 #include "raytrace/intersect.h"
 #include "raytrace_fixture.h"
 
 namespace {
 
 using orv::Vec3;
-using orv_test::RaytraceFixture;
 
-class SceneTest : public RaytraceFixture {};
-
-int countBodies(const orv::Scene& scene) {
-    int n = 0;
-    for (const orv::Body* b = scene.bodies; b; b = b->next) ++n;
-    return n;
-}
+class SceneTest : public orv_test::RaytraceFixture {
+protected:
+    const orv::OctreeNode& root() { return *ctx.scene.bodies->root; }
+};
 
 TEST_F(SceneTest, TrianglesBeforeTheFirstNewBodyAreDropped) {
     addToBody({0, 0, 0}, {1, 0, 0}, {0, 1, 0});
@@ -25,26 +20,20 @@ TEST_F(SceneTest, TrianglesBeforeTheFirstNewBodyAreDropped) {
     addBody(material(), {0, 0, 0}, {1, 0, 0}, {0, 1, 0});
     addToBody({0, 0, 1}, {1, 0, 1}, {0, 1, 1});
     orv::finishScene(ctx);
-    ASSERT_EQ(1, countBodies(ctx.scene));
-    const orv::OctreeNode& root = *ctx.scene.bodies->root;
-    int total = root.triangleCount;
-    for (int i = 0; i < root.childCount; ++i) total += root.children[i]->triangleCount;
+    ASSERT_NE(nullptr, ctx.scene.bodies);
+    ASSERT_EQ(nullptr, ctx.scene.bodies->next);  // one body
+    int total = root().triangleCount;
+    for (int i = 0; i < root().childCount; ++i) total += root().children[i]->triangleCount;
     EXPECT_EQ(2, total);
 }
 
 TEST_F(SceneTest, DegenerateOnlyBodyHasEmptyRootAndIsNeverHit) {
-    const Vec3 corners[][3] = {
-        {{0, 0, 0}, {0, 0, 0}, {1, 1, 0}},
-        {{0, 0, 0}, {1, 1, 0}, {1, 1, 0}},
-        {{1, 1, 0}, {0, 0, 0}, {1, 1, 0}},
-    };
-    addBody(material(), corners[0][0], corners[0][1], corners[0][2]);
-    for (int i = 1; i < 3; ++i) addToBody(corners[i][0], corners[i][1], corners[i][2]);
+    addBody(material(), {0, 0, 0}, {0, 0, 0}, {1, 1, 0});
+    addToBody({0, 0, 0}, {1, 1, 0}, {1, 1, 0});
+    addToBody({1, 1, 0}, {0, 0, 0}, {1, 1, 0});
     orv::finishScene(ctx);
-    const orv::OctreeNode& root = *ctx.scene.bodies->root;
-    EXPECT_EQ(0, root.triangleCount);
-    EXPECT_EQ(nullptr, root.triangles);
-    EXPECT_EQ(0, root.childCount);
+    EXPECT_EQ(0, root().triangleCount + root().childCount);
+    EXPECT_EQ(nullptr, root().triangles);
     for (orv::RayKind kind : {orv::RayKind::Primary, orv::RayKind::Reflection}) {
         orv::Hit hit;
         EXPECT_FALSE(orv::findNearest(ctx.scene, {{0.5, 0.5, 1}, {0, 0, -1}, kind}, hit));
@@ -52,31 +41,27 @@ TEST_F(SceneTest, DegenerateOnlyBodyHasEmptyRootAndIsNeverHit) {
 }
 
 TEST_F(SceneTest, TriangleOnAnOctantFaceGoesToTheFirstOctantInOrder) {
-    // Root box [0, 2]^3, centre 1. The first triangle straddles and stays in the root; the
-    // second lies in the plane x = 1, inside both the all-lower octant and the upper-x one;
-    // the third lies wholly in the upper-x octant.
+    // Root box [0, 2]^3: the first triangle straddles and stays in the root; the second lies in
+    // the plane x = 1, in both the all-lower and the upper-x octant; the third in the upper-x one.
     addBody(material(), {0, 0, 0}, {2, 2, 0}, {0, 2, 2});
     addToBody({1, 0.1, 0.1}, {1, 0.5, 0.1}, {1, 0.1, 0.5});
     addToBody({1.5, 0.1, 0.1}, {1.9, 0.1, 0.1}, {1.5, 0.4, 0.1});
     orv::finishScene(ctx);
-    const orv::OctreeNode& root = *ctx.scene.bodies->root;
-    EXPECT_EQ(1, root.triangleCount);
-    ASSERT_EQ(2, root.childCount);
+    EXPECT_EQ(1, root().triangleCount);
+    ASSERT_EQ(2, root().childCount);
     // Children are packed in octant order and refitted to their triangles.
-    EXPECT_EQ(1.0, root.children[0]->boxMin.x);
-    EXPECT_EQ(1.0, root.children[0]->boxMax.x);
-    EXPECT_EQ(1.5, root.children[1]->boxMin.x);
-    EXPECT_EQ(1.9, root.children[1]->boxMax.x);
-    EXPECT_EQ(0.0, root.boxMin.x);
-    EXPECT_EQ(2.0, root.boxMax.z);
+    EXPECT_EQ(1.0, root().children[0]->boxMin.x);
+    EXPECT_EQ(1.0, root().children[0]->boxMax.x);
+    EXPECT_EQ(1.5, root().children[1]->boxMin.x);
+    EXPECT_EQ(1.9, root().children[1]->boxMax.x);
+    EXPECT_EQ(0.0, root().boxMin.x);
+    EXPECT_EQ(2.0, root().boxMax.z);
 }
 
 TEST_F(SceneTest, ScreenRectanglesFollowTheProjectionWithAOnePixelMargin) {
-    // Camera at (0, 0, 5), fov 60, 32 x 24: one pixel is tan(30 deg) / 12 = 0.0481 on the
-    // screen at distance 1. A corner at x = 1, five units ahead, is at screen x 0.2: column
-    // 0.2 / 0.0481 = 4.16 -> 4; at y = -1 the row is +4 (rows run downwards). A corner behind
-    // the eye lands at screen coordinate 2: column 41.57 -> 41.
-    struct Case {
+    // One pixel is tan(30 deg) / 12 = 0.0481 at distance 1: x = 1 five units ahead is column
+    // 0.2 / 0.0481 = 4.16 -> 4, y = -1 row +4 (downwards); a corner behind the eye column 41.
+    const struct {
         Vec3 corners[3];
         orv::ScreenRect want;
     } cases[] = {
@@ -84,12 +69,10 @@ TEST_F(SceneTest, ScreenRectanglesFollowTheProjectionWithAOnePixelMargin) {
         {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {-1, -5, 5, 1}},
         {{{0, 0, 0}, {1, 0, 6}, {0, 0, 1}}, {-1, -1, 42, 1}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const orv::ScreenRect r = orv::screenRect(ctx, c.corners);
-        EXPECT_EQ(c.want.x0, r.x0);
-        EXPECT_EQ(c.want.y0, r.y0);
-        EXPECT_EQ(c.want.x1, r.x1);
-        EXPECT_EQ(c.want.y1, r.y1);
+        EXPECT_EQ(std::tie(c.want.x0, c.want.y0, c.want.x1, c.want.y1),
+                  std::tie(r.x0, r.y0, r.x1, r.y1));
     }
 }
 
@@ -100,7 +83,7 @@ TEST_F(SceneTest, QuickRenderDropsOffImageAndTurnedAwayTriangles) {
     addToBody({50, 0, 0}, {51, 0, 0}, {50, 1, 0});            // off the image
     addBody(material(), {0, 0, 0}, {0, 1, 0}, {1, 0, 0}, 1);  // two-sided: kept
     orv::finishScene(ctx);
-    EXPECT_EQ(1, ctx.scene.bodies->root->triangleCount);
+    EXPECT_EQ(1, root().triangleCount);
     EXPECT_EQ(1, ctx.scene.bodies->next->root->triangleCount);
 }
 
@@ -111,9 +94,8 @@ TEST_F(SceneTest, DefaultMaterialFromColourAndOpacity) {
     item.opacity = 3.0;
     add(item, {0, 0, 0}, {1, 0, 0}, {0, 1, 0});
     orv::finishScene(ctx);
-    const orv::Body& body = *ctx.scene.bodies;
-    ASSERT_TRUE(body.ownsMaterial);
-    const Mat& m = *body.material;
+    ASSERT_TRUE(ctx.scene.bodies->ownsMaterial);
+    const Mat& m = *ctx.scene.bodies->material;
     EXPECT_EQ(0x99 * orv::kByteToUnit, m.ambient.x);
     EXPECT_EQ(0x33 * orv::kByteToUnit, m.ambient.z);
     EXPECT_EQ(0x66 * orv::kByteToUnit * 0.8, m.diffuse.y);

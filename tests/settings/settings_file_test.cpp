@@ -1,5 +1,5 @@
-// The settings file of builds without a registry: where it lives, what its lines look like, and
-// that a damaged file costs only its damaged lines.
+// The settings file of builds without a registry: where it lives, its lines, and that a damaged
+// file costs only its damaged lines.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -59,7 +59,7 @@ TEST_F(SettingsFile, OneLinePerValue) {
         "HKCU\\Software\\OrvantaDLL\\Sub\\TexDir=string:6162" + std::string(508, '0'),
     };
     for (const std::string& line : lines)
-        EXPECT_NE(text.find("\n" + line + "\n"), std::string::npos) << line << "\nin\n" << text;
+        EXPECT_NE(text.find("\n" + line + "\n"), std::string::npos) << line;
     uint8_t bytes[2] = {};
     EXPECT_TRUE(readBinary(kMachineHive, kLibrarySubkey, "Test=%\\\n", bytes, 2));
     EXPECT_EQ(bytes[1], 0xFF);
@@ -87,16 +87,17 @@ TEST_F(SettingsFile, DamagedLinesAreSkippedAndDropped) {
     };
     std::string all;
     for (const std::string& line : bad) {
+        SCOPED_TRACE(line.substr(0, 80));
         all += line + "\n";
         put(line + "\n" + kGood + "\r\n");
         uint32_t value = 0;
-        EXPECT_FALSE(readNumber(kUserHive, kLibrarySubkey, "TestBad", &value)) << line;
-        EXPECT_EQ(readNumberOrZero(kUserHive, kLibrarySubkey, "TestGood"), 42u) << line;
+        EXPECT_FALSE(readNumber(kUserHive, kLibrarySubkey, "TestBad", &value));
+        EXPECT_EQ(readNumberOrZero(kUserHive, kLibrarySubkey, "TestGood"), 42u);
     }
     put(all + kGood);  // no newline at the end
     ASSERT_TRUE(writeNumber(kUserHive, kLibrarySubkey, "TestNew", 7));
     EXPECT_EQ(readNumberOrZero(kUserHive, kLibrarySubkey, "TestGood"), 42u);
-    EXPECT_EQ(contents().find("TestBad"), std::string::npos) << contents();
+    EXPECT_EQ(contents().find("TestBad"), std::string::npos);
 }
 
 TEST_F(SettingsFile, Location) {

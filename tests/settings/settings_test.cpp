@@ -1,7 +1,5 @@
-// The settings store as its callers see it, the same on both backends: round trips of each
-// type, the exact-size rule for binaries, missing keys and values, and the stored sizes.
-// Natively each test starts with an empty settings file; on Windows they share the user's
-// registry key, so every value is named "Test..." and removed afterwards.
+// The settings store as its callers see it, on both backends: round trips, the exact-size rule
+// for binaries, missing keys and values, stored sizes. Values are named "Test..." and removed.
 #include "settings/settings.h"
 
 #include <gtest/gtest.h>
@@ -35,7 +33,7 @@ std::vector<uint8_t> pattern(size_t size) {
 }
 
 TEST_F(SettingsStore, NumbersRoundTrip) {
-    for (const uint32_t value : {0u, 1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu, 0x12345678u}) {
+    for (const uint32_t value : {0u, 0x80000000u, 0xFFFFFFFFu}) {
         ASSERT_TRUE(writeNumber(kUserHive, kKey, "TestNumber", value));
         uint32_t read = 99;
         EXPECT_TRUE(readNumber(kUserHive, kKey, "TestNumber", &read));
@@ -83,9 +81,9 @@ TEST_F(SettingsStore, BinaryOnlyOfTheExpectedSize) {
         const std::vector<uint8_t> other = pattern(stored);
         ASSERT_TRUE(writeBinary(kUserHive, kKey, "TestBinary", other.data(), stored));
         std::vector<uint8_t> untouched(6300, 0xCD);
-        EXPECT_FALSE(readBinary(kUserHive, kKey, "TestBinary", untouched.data(), 6300))
-            << stored << " bytes stored";
-        EXPECT_EQ(untouched, std::vector<uint8_t>(6300, 0xCD)) << stored << " bytes stored";
+        SCOPED_TRACE(stored);
+        EXPECT_FALSE(readBinary(kUserHive, kKey, "TestBinary", untouched.data(), 6300));
+        EXPECT_EQ(untouched, std::vector<uint8_t>(6300, 0xCD));
     }
 }
 
@@ -110,8 +108,7 @@ TEST_F(SettingsStore, MissingKeyOrValueFailsAndResetsOutputs) {
     }
 }
 
-// A read takes the stored bytes whatever their type, so the stored sizes show through readBinary:
-// a number is 4 little-endian bytes, a string always the whole zero-filled 256-byte buffer.
+// A number is stored as 4 little-endian bytes, a string as the whole zero-filled 256 bytes.
 TEST_F(SettingsStore, StoredSizes) {
     ASSERT_TRUE(writeNumber(kUserHive, kKey, "TestNumber", 0x0A0B0C0D));
     uint8_t number[4] = {};

@@ -1,7 +1,8 @@
 // The registry backend seen from the registry: values put there by another program are read by
 // the helpers, and the helpers' values have the types and sizes such a program expects.
-#include <gtest/gtest.h>
 #include <windows.h>
+
+#include <gtest/gtest.h>
 
 #include <cstring>
 #include <vector>
@@ -52,46 +53,40 @@ std::vector<uint8_t> pattern(size_t size) {
     return bytes;
 }
 
-TEST_F(SettingsRegistry, HelpersReadValuesOfAnotherProgram) {
-    const DWORD number = 0xCAFEF00D;
-    const char text[] = "D:\\Bilder";  // 10 bytes, not a 256-byte buffer
-    const std::vector<uint8_t> block = pattern(324);
-    set("TestRawNumber", REG_DWORD, &number, sizeof number);
-    set("TestRawString", REG_SZ, text, sizeof text);
-    set("TestRawBinary", REG_BINARY, block.data(), DWORD(block.size()));
-
-    EXPECT_EQ(readNumberOrZero(kUserHive, kLibrarySubkey, "TestRawNumber"), 0xCAFEF00Du);
-    char read[kStringBytes] = "old";
-    EXPECT_TRUE(readString(kUserHive, kLibrarySubkey, "TestRawString", read));
-    EXPECT_STREQ(read, text);
-    std::vector<uint8_t> out(324);
-    EXPECT_TRUE(readBinary(kUserHive, kLibrarySubkey, "TestRawBinary", out.data(), 324));
-    EXPECT_EQ(out, block);
-    EXPECT_FALSE(readBinary(kUserHive, kLibrarySubkey, "TestRawBinary", out.data(), 323));
-}
-
-TEST_F(SettingsRegistry, HelpersWriteRegistryTypes) {
-    const std::vector<uint8_t> block = pattern(248);
-    ASSERT_TRUE(writeNumber(kUserHive, kLibrarySubkey, "TestRawNumber", 0x01020304));
-    ASSERT_TRUE(writeString(kUserHive, kLibrarySubkey, "TestRawString", "D:\\Bilder"));
-    ASSERT_TRUE(writeBinary(kUserHive, kLibrarySubkey, "TestRawBinary", block.data(), 248));
-
+// Each value as another program writes it (type and bytes) and as the helpers read and write
+// it: a number is a REG_DWORD, a string the whole zero-filled 256-byte buffer, a binary its
+// bytes. Another program's string may be shorter than the buffer.
+TEST_F(SettingsRegistry, HelpersAndOtherProgramsAgreeOnTypesAndSizes) {
     std::vector<uint8_t> text(kStringBytes, 0);
     std::memcpy(text.data(), "D:\\Bilder", 9);
+    const std::vector<uint8_t> block = pattern(324);
     const struct {
         const char* name;
         DWORD type;
         std::vector<uint8_t> bytes;
     } cases[] = {
-        {"TestRawNumber", REG_DWORD, {4, 3, 2, 1}},
-        {"TestRawString", REG_SZ, text},
+        {"TestRawNumber", REG_DWORD, {0x0D, 0xF0, 0xFE, 0xCA}},
+        {"TestRawString", REG_SZ, std::vector<uint8_t>(text.begin(), text.begin() + 10)},
         {"TestRawBinary", REG_BINARY, block},
     };
-    for (const auto& c : cases) {
-        const RawValue value = query(c.name);
-        EXPECT_EQ(value.type, c.type) << c.name;
-        EXPECT_EQ(value.bytes.size(), c.bytes.size()) << c.name;
-        EXPECT_EQ(value.bytes, c.bytes) << c.name;
+    for (const auto& c : cases) set(c.name, c.type, c.bytes.data(), DWORD(c.bytes.size()));
+    EXPECT_EQ(readNumberOrZero(kUserHive, kLibrarySubkey, "TestRawNumber"), 0xCAFEF00Du);
+    char read[kStringBytes] = "old";
+    EXPECT_TRUE(readString(kUserHive, kLibrarySubkey, "TestRawString", read));
+    EXPECT_STREQ(read, "D:\\Bilder");
+    std::vector<uint8_t> out(324);
+    EXPECT_TRUE(readBinary(kUserHive, kLibrarySubkey, "TestRawBinary", out.data(), 324));
+    EXPECT_EQ(out, block);
+    EXPECT_FALSE(readBinary(kUserHive, kLibrarySubkey, "TestRawBinary", out.data(), 323));
+
+    ASSERT_TRUE(writeNumber(kUserHive, kLibrarySubkey, "TestRawNumber", 0xCAFEF00D));
+    ASSERT_TRUE(writeString(kUserHive, kLibrarySubkey, "TestRawString", "D:\\Bilder"));
+    ASSERT_TRUE(writeBinary(kUserHive, kLibrarySubkey, "TestRawBinary", block.data(), 248));
+    const std::vector<uint8_t> written[] = {cases[0].bytes, text, pattern(248)};
+    for (int i = 0; i < 3; ++i) {
+        const RawValue value = query(cases[i].name);
+        EXPECT_EQ(value.type, cases[i].type) << cases[i].name;
+        EXPECT_EQ(value.bytes, written[i]) << cases[i].name;
     }
 }
 

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "support/box_watch.h"
+#include "support/host_win32.h"
 
 struct BoxWatch::Impl {
     std::vector<ShownBox> boxes;
@@ -12,12 +13,9 @@ struct BoxWatch::Impl {
 
     static BOOL CALLBACK findBox(HWND window, LPARAM found) {
         DWORD process = 0;
-        char className[16] = "";
         GetWindowThreadProcessId(window, &process);
-        GetClassNameA(window, className, sizeof className);
-        // A message box is a dialog with its text in control 0xFFFF; sheets are dialogs too.
-        if (process != GetCurrentProcessId() || lstrcmpA(className, "#32770") != 0 ||
-            !IsWindowVisible(window) || !GetDlgItem(window, 0xFFFF))
+        if (process != GetCurrentProcessId() || !isDialog(window) || !IsWindowVisible(window) ||
+            !isMessageBox(window))
             return TRUE;
         *reinterpret_cast<HWND*>(found) = window;
         return FALSE;
@@ -31,10 +29,7 @@ struct BoxWatch::Impl {
                 Sleep(10);
                 continue;
             }
-            char caption[512] = "", text[512] = "";
-            GetWindowTextA(box, caption, sizeof caption);
-            GetDlgItemTextA(box, 0xFFFF, text, sizeof text);  // a message box's text control
-            boxes.push_back({caption, text});
+            boxes.push_back({windowText(box), windowText(GetDlgItem(box, 0xFFFF))});
             PostMessageA(box, WM_COMMAND, IDOK, 0);
             // Wait for the box to go, so that it is not recorded twice.
             for (int i = 0; i < 500 && IsWindow(box); ++i) Sleep(10);

@@ -1,6 +1,6 @@
 // The control helpers on real controls: a hidden window with one child of each kind, found
 // by id as in a dialog.
-#include "tools/dialog_controls_win32.h"  // first: it brings <windows.h>, which commctrl.h needs
+#include <windows.h>
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/box_recorder.h"
+#include "tools/dialog_controls_win32.h"
 
 namespace {
 

@@ -4,10 +4,8 @@
 #include <windows.h>
 
 #include <commctrl.h>
-#include <commdlg.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <filesystem>
@@ -20,8 +18,9 @@
 
 #include "library_window_ids.h"
 #include "orvanta.h"
+#include "support/box_watch.h"
+#include "support/stored_defaults.h"
 #include "tools/editor_harness_win32.h"
-#include "tools/open_tool_win32.h"
 
 namespace {
 
@@ -39,15 +38,6 @@ int32_t hostCallback(int32_t reason, Mat*, void* data) {
     std::lock_guard<std::mutex> hold(log.lock);
     log.reasons.push_back(reason);
     return reason == 1 ? log.allowDelete.load() : 1;
-}
-
-void setSetting(const char* name, const std::string& text) {
-    HKEY key;
-    RegCreateKeyExA(HKEY_CURRENT_USER, "Software\\OrvantaDLL", 0, nullptr, 0, KEY_WRITE, nullptr,
-                    &key, nullptr);
-    RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                   DWORD(text.size() + 1));
-    RegCloseKey(key);
 }
 
 // A library file of the given materials, as GetMat writes them.
@@ -89,7 +79,8 @@ protected:
     }
     // Opens the window on a host thread with "LibName" set to libName.
     void open(const fs::path& libName) {
-        setSetting("LibName", libName.string());
+        const std::string text = libName.string();
+        storeDefault("LibName", text.c_str(), uint32_t(text.size() + 1));
         host_ =
             std::thread([this] { result_ = OpenMatLib(nullptr, 1, 2, 3, 4, hostCallback, &log_); });
         // Shown once its lists are filled.
@@ -137,7 +128,7 @@ TEST_F(LibraryWindow, CommandsKeepTheListsAndTellTheHost) {
     ASSERT_EQ(count(IDC_LIB_LIBRARY), 2);
     EXPECT_EQ(name(IDC_LIB_LIBRARY, 0), "Kupfer");  // sorted by name
     Sleep(2000);                                    // the thumbnails are traced
-    EXPECT_FALSE(user.screenshot("material_library_thumbnails_" + shownLanguage()).empty());
+    user.screenshot("material_library_thumbnails_" + shownLanguage());
 
     user.click(IDC_LIB_NEW);
     ASSERT_EQ(count(IDC_LIB_SCENE), 1);
@@ -147,18 +138,7 @@ TEST_F(LibraryWindow, CommandsKeepTheListsAndTellTheHost) {
     EXPECT_EQ(name(IDC_LIB_SCENE, 0), "Stahl");
 
     // A copy goes once; the second would duplicate it.
-    std::vector<HWND> boxes;  // each message box once, however long it takes to close
-    std::atomic<bool> watching{true};
-    std::thread watcher([&] {
-        while (watching) {
-            for (HWND w = FindWindowA("#32770", nullptr); w; w = GetWindow(w, GW_HWNDNEXT)) {
-                if (GetWindow(w, GW_OWNER) != window_ || !GetDlgItem(w, 0xFFFF)) continue;
-                if (std::find(boxes.begin(), boxes.end(), w) == boxes.end()) boxes.push_back(w);
-                PostMessageA(w, WM_COMMAND, IDOK, 0);
-            }
-            Sleep(20);
-        }
-    });
+    BoxWatch boxes;
     select(IDC_LIB_SCENE, 0);
     user.click(IDC_LIB_TO_LIBRARY);
     EXPECT_EQ(count(IDC_LIB_LIBRARY), 3);
@@ -168,9 +148,7 @@ TEST_F(LibraryWindow, CommandsKeepTheListsAndTellTheHost) {
     select(IDC_LIB_LIBRARY, 2);  // "Zink"
     user.click(IDC_LIB_TO_SCENE);
     EXPECT_EQ(count(IDC_LIB_SCENE), 2);
-    watching = false;
-    watcher.join();
-    EXPECT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes.stop().size(), 1u);
 
     select(IDC_LIB_SCENE, 0);
     user.click(IDC_LIB_ASSIGN);
@@ -189,7 +167,7 @@ TEST_F(LibraryWindow, CommandsKeepTheListsAndTellTheHost) {
 
     user.click(IDC_LIB_THUMBNAILS);
     EXPECT_EQ(GetWindowLongA(list(IDC_LIB_LIBRARY), GWL_STYLE) & LVS_TYPEMASK, LVS_LIST);
-    EXPECT_FALSE(user.screenshot("material_library_list_" + shownLanguage()).empty());
+    user.screenshot("material_library_list_" + shownLanguage());
     user.click(IDC_LIB_THUMBNAILS);
 
     user.click(IDC_LIB_CLOSE);
@@ -208,17 +186,7 @@ TEST_F(LibraryWindow, MissingFileIsSkippedAndAnotherChosen) {
     EXPECT_EQ(count(IDC_LIB_LIBRARY), 0);
     const std::string chosen = file_.string();
     std::thread user([&] {
-        HWND dialog = nullptr;
-        for (int i = 0; i < 500 && !dialog; ++i, Sleep(10))
-            for (HWND w = FindWindowA("#32770", nullptr); w && !dialog;
-                 w = GetWindow(w, GW_HWNDNEXT))
-                if (GetWindow(w, GW_OWNER) == window_ && IsWindowVisible(w)) dialog = w;
-        if (!dialog) return;
-        SendMessageA(dialog, CDM_SETCONTROLTEXT, 0x480 /* edt1 */,
-                     reinterpret_cast<LPARAM>(chosen.c_str()));
-        SendMessageA(dialog, CDM_SETCONTROLTEXT, 0x47C /* cmb13 */,
-                     reinterpret_cast<LPARAM>(chosen.c_str()));
-        PostMessageA(dialog, WM_COMMAND, IDOK, 0);
+        if (const HWND dialog = ownedDialog(window_)) chooseFile(dialog, chosen);
     });
     SheetDriver(window_, true).click(IDC_LIB_FILE);
     user.join();

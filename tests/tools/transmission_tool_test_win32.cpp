@@ -14,50 +14,30 @@
 
 #include "orvanta.h"
 #include "tools/editor_harness_win32.h"
-#include "tools/open_tool_win32.h"
 #include "transmission_page_ids.h"
 
 namespace {
 
-struct Transmission {
-    Trn* trn = CreateTrn("Riemen");
-    ~Transmission() { DisposeTrn(trn); }
+struct TrnTool : OpenTool<Trn> {
+    explicit TrnTool(const Prepare& prepare = nullptr) : OpenTool(CreateTrn("Riemen"), prepare) {}
 };
 
-// Opens trn's tool over host and returns its sheet.
-SheetDriver open(EditorHost& host, Trn* trn) {
-    EXPECT_EQ(OpenTrnTool(host.window(), trn, EditorHost::applyCallback, host.callbackData()), 1);
-    const HWND sheet = host.sheet();
-    EXPECT_NE(sheet, nullptr);
-    return SheetDriver(sheet);
-}
-
-// The tool has ended (within the harness's time limit), and WaitTrnTool agrees.
-bool closed(EditorHost& host, Trn* trn) {
-    return host.waitUntil([trn] { return !trn->tool; }) && WaitTrnTool(trn) == 1;
-}
-
 TEST(TransmissionTool, ThePageShowsTheRecordInTheUsersLanguage) {
-    EditorHost host;
-    Transmission t;
-    t.trn->linRot = 2.54;
-    const SheetDriver sheet = open(host, t.trn);
-    char caption[256] = "";
-    GetWindowTextA(sheet.sheet(), caption, sizeof caption);
-    EXPECT_STREQ(caption, german() ? "\xDC" "bersetzungswerkzeug" : "Transmission Tool");
+    TrnTool t([](Trn& r) { r.linRot = 2.54; });
+    const SheetDriver& sheet = t.sheet;
+    EXPECT_EQ(windowText(sheet.sheet()),
+              german() ? "\334bersetzungswerkzeug" : "Transmission Tool");
     EXPECT_EQ(sheet.pageTitle(0), "Riemen");
     EXPECT_EQ(sheet.text(IDC_TRN_ACTIVE), german() ? "aktiv" : "active");
     EXPECT_EQ(sheet.text(IDC_TRN_INVERT), german() ? "invers" : "inverse");
-    char cancel[64] = "";
-    GetDlgItemTextA(sheet.sheet(), IDCANCEL, cancel, sizeof cancel);
-    EXPECT_STREQ(cancel, german() ? "Abbrechen" : "Cancel");
+    EXPECT_EQ(windowText(GetDlgItem(sheet.sheet(), IDCANCEL)), german() ? "Abbrechen" : "Cancel");
     EXPECT_TRUE(sheet.checked(IDC_TRN_ACTIVE));
     EXPECT_FALSE(sheet.checked(IDC_TRN_INVERT));
     EXPECT_EQ(sheet.text(IDC_TRN_LINLIN), "1");
     EXPECT_EQ(sheet.text(IDC_TRN_LINROT), "2.54");
     EXPECT_NE(GetWindowLongA(sheet.sheet(), GWL_EXSTYLE) & WS_EX_TOPMOST, 0);
     EXPECT_FALSE(IsWindowVisible(GetDlgItem(sheet.sheet(), 0x3021)));  // no Apply-now button
-    EXPECT_FALSE(sheet.screenshot("transmission_tool_" + shownLanguage()).empty());
+    sheet.screenshot("transmission_tool_" + shownLanguage());
     // The host waits while the user closes the sheet.
     const Watchdog watchdog(20000);
     const HWND window = sheet.sheet();
@@ -65,8 +45,8 @@ TEST(TransmissionTool, ThePageShowsTheRecordInTheUsersLanguage) {
         Sleep(200);
         SheetDriver(window).press(PSBTN_CANCEL);
     });
-    EXPECT_EQ(WaitTrnTool(t.trn), 1);
-    EXPECT_EQ(t.trn->tool, nullptr);
+    EXPECT_EQ(WaitTrnTool(t.record), 1);
+    EXPECT_EQ(t.record->tool, nullptr);
     user.join();
 }
 
@@ -88,34 +68,34 @@ TEST(TransmissionTool, EditsAndSwitchesWriteTheLiveRecord) {
         {IDC_TRN_LINLIN, "123456789012345678901234", &Trn::linLin, 12345678901234567890.0,
          "1.234568E+19"},
     };
-    EditorHost host;
-    Transmission t;
-    const SheetDriver sheet = open(host, t.trn);
+    TrnTool t;
+    const SheetDriver& sheet = t.sheet;
+    const EditorHost& host = t.host;
     for (const Step& s : steps) {
         SCOPED_TRACE(s.typed);
         sheet.type(s.id, s.typed);
-        EXPECT_EQ(t.trn->*s.field, s.value);
+        EXPECT_EQ(t.record->*s.field, s.value);
         EXPECT_EQ(sheet.text(s.id), s.shown);
     }
     // Leaving an edit untouched stores nothing: 1.234568E+19 is not read back.
     sheet.leave(IDC_TRN_LINLIN);
-    EXPECT_EQ(t.trn->linLin, 12345678901234567890.0);
+    EXPECT_EQ(t.record->linLin, 12345678901234567890.0);
     // A click stores both switches.
-    t.trn->invert = 7;
+    t.record->invert = 7;
     sheet.click(IDC_TRN_ACTIVE);
-    EXPECT_EQ(t.trn->active, 0);
-    EXPECT_EQ(t.trn->invert, 0);
+    EXPECT_EQ(t.record->active, 0);
+    EXPECT_EQ(t.record->invert, 0);
     sheet.click(IDC_TRN_INVERT);
-    EXPECT_EQ(t.trn->invert, 1);
+    EXPECT_EQ(t.record->invert, 1);
     EXPECT_TRUE(host.calls().empty());  // the page calls back on Apply only
 
     sheet.press(PSBTN_OK);
-    EXPECT_TRUE(closed(host, t.trn));
+    EXPECT_TRUE(t.closed());
     ASSERT_EQ(host.calls().size(), 1u);
-    EXPECT_EQ(host.calls()[0].record, t.trn);
+    EXPECT_EQ(host.calls()[0].record, t.record);
     EXPECT_EQ(host.calls()[0].reason, 0);
     EXPECT_NE(host.calls()[0].thread, GetCurrentThreadId());
-    EXPECT_EQ(t.trn->linRot, 3.5);  // OK keeps the edits
+    EXPECT_EQ(t.record->linRot, 3.5);  // OK keeps the edits
 }
 
 // Cancel, the close box and a close message restore the values the tool opened with and
@@ -124,11 +104,12 @@ TEST(TransmissionTool, CancelRestoresAndOkCommitsWhatWasTyped) {
     enum Ending { cancel, closeMessage, ok };
     for (Ending ending : {cancel, closeMessage, ok}) {
         SCOPED_TRACE(ending);
-        EditorHost host;
-        Transmission t;
-        t.trn->rotLin = 0.25;
-        Trn before = *t.trn;
-        const SheetDriver sheet = open(host, t.trn);
+        Trn before;
+        TrnTool t([&](Trn& r) {
+            r.rotLin = 0.25;
+            before = r;  // before the tool opens
+        });
+        const SheetDriver& sheet = t.sheet;
         sheet.type(IDC_TRN_LINLIN, "7");
         sheet.click(IDC_TRN_INVERT);
         SendMessageA(GetDlgItem(sheet.page(), IDC_TRN_ROTLIN), WM_SETTEXT, 0,
@@ -136,20 +117,23 @@ TEST(TransmissionTool, CancelRestoresAndOkCommitsWhatWasTyped) {
         if (ending == cancel) sheet.press(PSBTN_CANCEL);
         if (ending == closeMessage) sheet.close();
         if (ending == ok) sheet.press(PSBTN_OK);
-        EXPECT_TRUE(closed(host, t.trn));
+        EXPECT_TRUE(t.closed());
         if (ending == ok) {
-            EXPECT_EQ(t.trn->linLin, 7.0);
-            EXPECT_EQ(t.trn->rotLin, 9.0);
-            EXPECT_EQ(host.calls().size(), 1u);
+            EXPECT_EQ(t.record->linLin, 7.0);
+            EXPECT_EQ(t.record->rotLin, 9.0);
+            EXPECT_EQ(t.host.calls().size(), 1u);
         } else {
-            before.tool = nullptr;
-            EXPECT_EQ(std::memcmp(&before, t.trn, sizeof before), 0);
-            EXPECT_TRUE(host.calls().empty());
+            EXPECT_EQ(std::memcmp(&before, t.record, sizeof before), 0);
+            EXPECT_TRUE(t.host.calls().empty());
         }
     }
 }
 
 TEST(TransmissionTool, OneToolPerRecordEachOnItsOwnThread) {
+    struct Transmission {
+        Trn* trn = CreateTrn("Riemen");
+        ~Transmission() { DisposeTrn(trn); }
+    };
     EditorHost host;
     Transmission a, b, c;
     Trn never;
@@ -184,14 +168,13 @@ TEST(TransmissionTool, OneToolPerRecordEachOnItsOwnThread) {
 // A quit message ends the tool's loop without destroying the sheet: the thread still lets go
 // of the record, and its windows go with it.
 TEST(TransmissionTool, AQuitMessageEndsTheTool) {
-    EditorHost host;
-    Transmission t;
-    const SheetDriver sheet = open(host, t.trn);
-    PostThreadMessageA(GetWindowThreadProcessId(sheet.sheet(), nullptr), WM_QUIT, 0, 0);
-    EXPECT_TRUE(host.waitUntil([&] { return !t.trn->tool && !IsWindow(sheet.sheet()); }));
-    EXPECT_EQ(OpenTrnTool(host.window(), t.trn, nullptr, nullptr), 1);
-    SheetDriver(host.sheet()).press(PSBTN_CANCEL);
-    EXPECT_TRUE(closed(host, t.trn));
+    TrnTool t;
+    const HWND sheet = t.sheet.sheet();
+    PostThreadMessageA(GetWindowThreadProcessId(sheet, nullptr), WM_QUIT, 0, 0);
+    EXPECT_TRUE(t.host.waitUntil([&] { return !t.record->tool && !IsWindow(sheet); }));
+    EXPECT_EQ(OpenTrnTool(t.host.window(), t.record, nullptr, nullptr), 1);
+    SheetDriver(t.host.sheet()).press(PSBTN_CANCEL);
+    EXPECT_TRUE(t.closed());
 }
 
 // A callback that disposes of the record: the tool lets go of it and ends.
