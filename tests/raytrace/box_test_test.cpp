@@ -171,7 +171,8 @@ TEST(BoxTest, RaysOutOfSinglePrecisionRangeTakeTheExactTest) {
     const float lo[3] = {-5, -5, -5}, hi[3] = {5, 5, 5};
     setBox(four, -1, lo, hi);
     for (const auto& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.origin.x << " " << c.dir.x);
+        const double originX = c.origin.x, dirX = c.dir.x;  // packed: copied before binding
+        SCOPED_TRACE(::testing::Message() << originX << " " << dirX);
         const RayBoxes boxes(Ray{c.origin, c.dir, RayKind::Shadow});
 #if ORV_SSE2
         EXPECT_EQ(boxes.quick, c.quick);

@@ -200,7 +200,7 @@ int32_t feedSquare(int64_t* newBody, Mat** material, OrvColorRef*, double*, int3
 }
 
 TEST(ToolReliability, MaterialToolBesideAHostThatDrawsIt) {
-    constexpr int kWarmUp = 40, kOpenings = 20, kRebuilds = 20;
+    constexpr int kWarmUp = 40, kOpenings = 40, kRebuilds = 20;
     const std::string picture =
         (std::filesystem::temp_directory_path() / "orvanta-host.bmp").string();
     bmp24(60, 40, [](int x, int y) {
