@@ -38,6 +38,7 @@ configure() {  # preset dir
 # The failed tests of a GoogleTest log, or how the program ended when none failed.
 verdict() {  # exit-status
     local failed
+    sed -i 's/\r$//' "$log"  # Wine's console lines end in CR LF
     failed=$(grep -oE '^\[  FAILED  \] [A-Za-z][A-Za-z0-9_/.]*' "$log" | awk '{print $4}' | sort -u |
              paste -sd ' ' -)
     if [ -n "$failed" ]; then echo "$failed"
