@@ -75,7 +75,7 @@ row() { echo "$1"; [ -z "$out" ] || echo "$1" >>"$out"; }
 for patch in "${patches[@]}"; do
     name=$(basename "$patch" .patch)
     suite=$(sed -n 's/^Suite: //p' "$patch" | head -1)
-    git apply "$patch" || { row "| $name | $suite | PATCH DOES NOT APPLY |"; continue; }
+    git apply "$patch" || { row "| $name | $suite | PATCH DOES NOT APPLY | 0 |"; continue; }
     applied=$patch
     start=$(date +%s)
     run_suite "$suite"
